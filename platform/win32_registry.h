@@ -1,0 +1,4 @@
+// Registry subset (advapi32).
+#pragma once
+
+#include "platform/win32_types.h"
