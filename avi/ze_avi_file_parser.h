@@ -1,0 +1,223 @@
+// CZeAviFileParser: reads a RIFF/AVI file into a CZeAviFile record tree, builds one flat index per
+// stream from the file's 'indx'/'ix##' or 'idx1' indexes, and hands out stored video frames and
+// audio bytes.
+//
+// Every failure is reported once through ReportError with the class name "CZeAviFileParser" and the
+// failing method's name, and the reported code is returned.
+//
+// Principal stream: the first stream list record of the header list (stream number 0 of the
+// record tree). It decides whether the legacy 'idx1' index is read (only when its own index is
+// still empty after the header list) and is the stream the DV code works on.
+//
+// Stream numbers: a stream's number is its position in the record tree's stream vector. Streams
+// left out of the tree (compressed audio, unknown formats) do not take a number, while chunk
+// identifiers in 'idx1' count every 'strl' of the file.
+//
+// Calls into one parser must be serialised by the owner (the plug-in object holds its lock).
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "avi/ze_avi_file.h"
+#include "avi/ze_avi_index_list_chunk.h"
+#include "avi/ze_avi_stream_format.h"
+#include "avi/ze_avi_stream_list.h"
+#include "avi/ze_osal_file.h"
+#include "dv/ze_dv_params.h"
+#include "platform/win32.h"
+
+class CZeAviSuperIndex;
+class CZeAviBaseIndex;
+// Extra per-file state of the DV code; defined and created there, released by the parser's reset.
+struct ZeDVStreamState;
+
+class CZeAviFileParser {
+public:
+    static constexpr uint32_t kNoStream = ze_avi_file::kNoStream;
+    static constexpr uint64_t kNoEntry = ~static_cast<uint64_t>(0);
+
+    CZeAviFileParser();
+    virtual ~CZeAviFileParser();
+    CZeAviFileParser(const CZeAviFileParser&) = delete;
+    CZeAviFileParser& operator=(const CZeAviFileParser&) = delete;
+
+    // ---- Opening, I/O, validation -------------------------------------------------------------
+
+    // Opens `path` for reading through a mapped view. The same path while open: nothing happens.
+    HRESULT OpenAVIFile(const char* path);
+    // Absolute 64-bit position, `*method` a SetFilePointer method (callers use FILE_BEGIN).
+    HRESULT Seek(uint64_t* position, uint32_t* method);
+    // Reads up to `*count` bytes; a short read is not an error here, callers compare `*bytesRead`.
+    HRESULT Read(void* buffer, uint64_t* count, uint64_t* bytesRead);
+    // 0 for a parsed file with a main header, streams and a usable first stream.
+    HRESULT IsValidAVIFile();
+    // Quick check of a file's RIFF/AVI signature; always leaves the parser reset unless a full
+    // parse already exists (then 0 at once).
+    HRESULT Parse(const char* path);
+    // Full parse of the open file: header list, indexes, DV set-up, final repairs.
+    HRESULT Parse();
+    // Closes the file and forgets everything about it.
+    void Reset();
+
+    // Walks sibling chunks from `start` for a LIST of type `listType` (4 characters, case ignored).
+    HRESULT FindListChunk(uint64_t start, const char* listType, uint64_t* found);
+    // Walks sibling chunks from `start` for a chunk `chunkId` (case ignored). Nothing found (a short
+    // read ended the walk, or the walk reached `end`) leaves `*found` 0 and is not a failure.
+    // `*size` (optional) receives the chunk's size.
+    HRESULT FindChunk(uint64_t start, const char* chunkId, uint64_t* found, uint32_t* size = nullptr,
+                      uint64_t end = ~static_cast<uint64_t>(0));
+
+    // ---- Frames and audio ----------------------------------------------------------------------
+
+    // Stored bytes of video frame `*frame` into `buffer` (at least GetMaxVideoFrameSize() bytes).
+    // Bit 7 of `*flags` selects the second video stream when the file has one. A request up to
+    // `*tolerance` frames past the end gets a zeroed frame and `*bytesRead` all ones.
+    HRESULT GetFrame(void* buffer, uint64_t* frame, uint64_t* bytesRead, uint8_t* flags, int16_t* tolerance);
+    // What remains of audio index entry `*block` after its first `*skip` bytes; returns the bytes
+    // read, 0 on failure (reported).
+    uint64_t GetOneAudioBlock(void* buffer, uint64_t* block, int32_t* skip);
+    // `*count` bytes of the first audio stream from sample frame `*position` (interleaved DV files:
+    // taken from the DV frames). What is not read stays zero.
+    HRESULT GetSample(uint64_t* position, void* buffer, uint64_t* count);
+    // Audio entry holding stream byte `*position` and the offset inside it; kNoEntry when none.
+    uint64_t GetAudioIndex(uint64_t* position, uint64_t* inEntry);
+    // Forgets the sequential read cursor of GetSample.
+    void PrepareAudioRead();
+    // Data position and size of entry `entry` of stream `stream`; all ones past the index.
+    void LookupEntry(uint32_t stream, uint64_t entry, uint64_t* position, uint32_t* size) const;
+
+    // Size of the last frame read by any parser of the process (shared on purpose).
+    static uint64_t GetLastFrameSize();
+
+    // ---- Accessors -------------------------------------------------------------------------------
+
+    bool IsOpen() const { return m_file.IsOpen(); }
+    bool IsParsed() const { return m_parsed != 0; }
+    const std::string& GetFileName() const { return m_aviFile.GetFileName(); }
+    uint64_t GetFileSize() const { return m_file.GetFileSize(); }
+
+    // The record tree and its main header.
+    const CZeAviFile& GetAviFile() const { return m_aviFile; }
+    const CZeAviHeader& GetMainHeader() const { return m_aviFile.GetHeader(); }
+    size_t GetStreamCount() const { return m_aviFile.GetStreams().size(); }
+    // Stream list `number`, null when there is none.
+    const CZeAviStreamList* GetStream(uint32_t number) const { return m_aviFile.GetStream(number); }
+    // First stream list record, null without streams.
+    const CZeAviStreamList* GetPrincipalStream() const { return m_aviFile.GetStream(0); }
+
+    // Stream numbers, kNoStream when absent.
+    uint32_t GetFirstVideoStreamNumber() const { return m_aviFile.GetFirstVideoStream(); }
+    uint32_t GetSecondVideoStreamNumber() const { return m_aviFile.GetSecondVideoStream(); }
+    uint32_t GetFirstAudioStreamNumber() const { return m_aviFile.GetFirstAudioStream(); }
+    const CZeAviStreamList* GetVideoStream() const { return GetStream(GetFirstVideoStreamNumber()); }
+    const CZeAviStreamList* GetAudioStream() const { return GetStream(GetFirstAudioStreamNumber()); }
+
+    // Video stream header and BITMAPINFOHEADER of the first video stream (null when absent; the
+    // bitmap header is null for an interleaved DV stream, whose format is a DV info block).
+    const CZeAviStreamHeader* GetVideoStreamHeader() const;
+    const BITMAPINFOHEADER* GetVideoFormat() const;
+    // Audio stream header and WAVEFORMATEX of the first audio stream (null when absent).
+    const CZeAviStreamHeader* GetAudioStreamHeader() const;
+    const WAVEFORMATEX* GetAudioFormat() const;
+
+    // Index entries of the first video stream (the frames GetFrame serves).
+    uint64_t GetVideoFrameCount() const;
+    // Largest index entry of the first and second video streams: the frame buffer size GetFrame needs.
+    uint32_t GetMaxVideoFrameSize() const;
+    // Largest index entry of the first audio stream: the buffer size GetOneAudioBlock needs.
+    uint32_t GetMaxAudioChunkSize() const;
+    // The video compression: biCompression of the first video stream, or its fccHandler when it has
+    // no bitmap header (interleaved DV). 0 without video.
+    uint32_t GetVideoCompression() const;
+    // The video compression is "dvsd".
+    bool IsDV() const;
+    // The principal stream is an interleaved DV ('iavs') stream.
+    bool IsInterleavedDV() const;
+
+    // DV parameters decoded from one frame at open time, and the DV frame buffer.
+    const ZeDVVideoParams& GetDVVideoParams() const { return m_dvVideo; }
+    const ZeDVAudioParams& GetDVAudioParams() const { return m_dvAudio; }
+    std::vector<uint8_t>& GetDVFrameBuffer() { return m_dvFrameBuffer; }
+
+    // ---- DV steps (their bodies live with the DV code) ----------------------------------------
+
+    // Video parameters of a "dvsd" file from one frame; run by the full parse.
+    HRESULT DecodeDVVideoParams();
+    // Audio parameters of an interleaved DV file from one frame; run by the full parse.
+    HRESULT DecodeDVAudioParams();
+    // Adds the PCM audio stream an interleaved DV stream carries; 1 when nothing was built.
+    HRESULT CreateIavsAudioStreams();
+    // GetSample for interleaved DV files: PCM taken out of the DV frames.
+    HRESULT GetSampleFromStream(uint64_t* position, void* buffer, uint64_t* count);
+    // Reads the DV format block of an 'iavs' stream's 'strf' chunk: `position` is the first byte
+    // of the chunk's data, `size` its declared size. Returns 0, a positive value to leave the
+    // stream out, or a failure.
+    HRESULT FillInterleavedVideoAudioStreamFormatHeader(uint64_t position, uint32_t size, CZeAviStreamFormat& format);
+
+private:
+    // Header list.
+    HRESULT ParseHeaderListChunk(uint64_t position);
+    HRESULT ParseHeaderChunk(uint64_t position);
+    HRESULT ParseStreamListChunk(uint64_t position, uint64_t* next);
+    HRESULT ParseStreamHeaderChunk(uint64_t position, CZeAviStreamList& streamList);
+    HRESULT ParseStreamFormatChunk(uint64_t position, CZeAviStreamList& streamList);
+    HRESULT ParseStreamNameChunk(uint64_t position, CZeAviStreamList& streamList);
+    HRESULT FillVideoStreamFormatHeader(uint32_t size, CZeAviStreamFormat& format);
+    HRESULT FillAudioStreamFormatHeader(uint32_t size, CZeAviStreamFormat& format);
+
+    // Index building.
+    HRESULT BuildLegacyIndex();
+    HRESULT ParseStreamIndexChunk(uint64_t position, CZeAviStreamList& streamList);
+    HRESULT FillBaseIndex(uint64_t* position, CZeAviBaseIndex& index);
+    HRESULT FillSuperIndex(CZeAviIndexListChunk& indexList, CZeAviSuperIndex& entry, uint32_t entryCount);
+    HRESULT FillSuperIndex(CZeAviIndexChunk& entry, uint64_t baseOffset, const uint8_t** cursor);
+    HRESULT FindFirstVideoChunk(uint64_t start, uint64_t* dataPosition);
+    HRESULT ParseStreamIdx1Chunk(uint64_t position, uint64_t* moviBase, uint64_t firstVideoData);
+
+    // Final repairs of the parse (frame counts, audio length).
+    HRESULT FinishStreams();
+
+    // Reads exactly `count` bytes at the current position; a short read is reported as E_AVI_READ
+    // under `method`.
+    HRESULT ReadExact(void* buffer, uint64_t count, const char* method);
+    HRESULT ReadU32(uint32_t* value, const char* method) { return ReadExact(value, 4, method); }
+    HRESULT ReadU16(uint16_t* value, const char* method) { return ReadExact(value, 2, method); }
+    HRESULT SeekTo(uint64_t position);
+    // Bytes of the file from `position` to its end (0 past the end).
+    uint64_t BytesFrom(uint64_t position) const;
+
+    ZeOSAL::CZeFile m_file;
+    CZeAviFile m_aviFile;
+    uint8_t m_parsed = 0;
+
+    // Per-file state, cleared by Reset.
+    struct AudioCursor {
+        bool valid = false;
+        uint64_t streamPosition = 0;  // stream byte position the last GetSample ended at
+        uint64_t entry = 0;           // index entry reached
+        uint64_t inEntry = 0;         // offset inside that entry
+    };
+    AudioCursor m_audioCursor;
+    // End offset (in stream bytes) of every entry of the first audio stream, for GetAudioIndex.
+    std::vector<uint64_t> m_audioEntryEnds;
+
+    // Drop-frame cache of the two video streams in use (first, second); all ones after Reset.
+    struct FrameCache {
+        uint64_t lastFrameAsked = ~static_cast<uint64_t>(0);
+        uint64_t lastReadPosition = ~static_cast<uint64_t>(0);
+        uint32_t lastReadSize = 0xFFFFFFFFu;
+    };
+    FrameCache m_frameCache[2];
+
+    static uint64_t s_lastFrameSize;
+
+protected:
+    // DV state; the DV code reaches these as members.
+    ZeDVVideoParams m_dvVideo;
+    ZeDVAudioParams m_dvAudio;
+    std::vector<uint8_t> m_dvFrameBuffer;
+    std::shared_ptr<ZeDVStreamState> m_dvState;
+};
