@@ -1,0 +1,78 @@
+// Camcorder settings that DV frames carry in their camera packs (0x70-0x7F): one table of values
+// and one rule that decodes any of them, plus the accessor rule through which the host's
+// parameter exchange reads a value into its six-word value descriptor.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/win32.h"
+
+namespace ZeDV {
+
+// Stable identifiers of the camera values, one per table row, for the parameter exchange and
+// avihost. They never change meaning; new values get new numbers at the end.
+enum class CameraValueId : uint32_t {
+    Iris = 1, AEMode, AGC, WBMode, WhiteBalance, FCM, Focus,
+    VPD, VPanningSpeed, IS, HPD, HPanningSpeed, FocalLength, ZEN, UnitsOfEZoom,
+    LensFCM, LensFocus, LensIris, LensZoom, LensExtender, LensIrisCont,
+    GainGM, GainMasterGain, GainRGain, GainBGain, GainNDFilter, GainCCFilter,
+    PedestalG, PedestalR, PedestalB, PedestalQF, PedestalBP, PedestalRP, PedestalGP,
+    GammaG, GammaR, GammaB, GammaQF, GammaBG, GammaRG, GammaGG,
+    MasterDetail, HorizontalDetail, VerticalDetail, DetailQF, DetailVD, DetailHD, DetailMD,
+    FlareG, FlareR, FlareB, FlareQF, FlareBF, FlareRF, FlareGF,
+    KneePoint, KneeSlope, ShutterSpeedConsumer,
+};
+
+// Where a value sits: pack type, the pack byte holding its low 8 bits (1..4 for PC1..PC4), the
+// byte holding bits 8-15 (0 for none), then shift right and mask.
+struct CameraField {
+    uint8_t pack;
+    uint8_t lowByte;
+    uint8_t highByte;
+    uint8_t shift;
+    uint16_t mask;
+};
+
+struct CameraValue {
+    CameraValueId id;
+    const char* name;           // accessor name without "Get"
+    const char* accessorName;   // names under which failures are reported
+    const char* decoderName;
+    uint32_t descriptorId;      // parameter identifier the accessor writes into word 3
+    CameraField field;
+};
+
+// The host exchange's value descriptor: the accessor reads word 1 (size, must be 4) and word 5
+// (where the value goes) and writes word 2 (value type 3) and word 3 (descriptor identifier).
+struct CameraValueDescriptor {
+    uint32_t word0;
+    uint32_t size;
+    uint32_t type;
+    uint32_t parameterId;
+    uint32_t word4;
+    uint32_t* result;
+};
+
+constexpr uint32_t kCameraValueType = 3;
+
+size_t CameraValueCount();
+// Row i of the table (i below CameraValueCount()), in identifier order.
+const CameraValue& CameraValueAt(size_t index);
+// The row of an identifier or a name ("Iris", "ShutterSpeedConsumer"); null when unknown.
+const CameraValue* FindCameraValue(CameraValueId id);
+const CameraValue* FindCameraValue(const char* name);
+
+// Decoder rule: find the row's pack (first match of the pack search) and take its field.
+// 0 with *result written; E_POINTER (reported under the decoder's name) for a null frame or
+// result; E_INVALIDARG (reported) for a frame too short to be searched; E_ABORT (not reported,
+// *result untouched) when the pack is not in the frame.
+HRESULT DecodeCameraValue(const CameraValue& value, const uint8_t* frame, size_t frameSize, uint32_t* result);
+
+// Accessor rule: E_POINTER for a null frame, descriptor or result pointer and E_INVALIDARG for a
+// size word other than 4 (reported under the accessor's name, descriptor unchanged); a decoder
+// failure zeroes the whole descriptor and is returned; success sets the type and identifier words.
+HRESULT GetCameraValue(const CameraValue& value, const uint8_t* frame, size_t frameSize,
+                       CameraValueDescriptor* descriptor);
+
+}  // namespace ZeDV
