@@ -16,16 +16,11 @@ constexpr uint64_t kTableGrowth = 256;  // frames added to the start table at a 
 
 }  // namespace
 
-bool CZeDVAudioStream::Reset(FrameAccess access, const PcmFormat& format, uint32_t frameBufferSize) {
+void CZeDVAudioStream::Reset(FrameAccess access, const PcmFormat& format, std::vector<uint8_t>* frameBuffer) {
     Clear();
     m_access = std::move(access);
     m_format = format;
-    try {
-        m_frameBuffer.assign(frameBufferSize, 0);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-    return true;
+    m_frameBuffer = frameBuffer != nullptr ? frameBuffer : &m_ownFrameBuffer;
 }
 
 void CZeDVAudioStream::Clear() {
@@ -33,8 +28,9 @@ void CZeDVAudioStream::Clear() {
     m_format = PcmFormat{};
     m_frameStart.assign(1, 0);
     m_cursor = Cursor{};
-    m_frameBuffer.clear();
-    m_frameBuffer.shrink_to_fit();
+    m_ownFrameBuffer.clear();
+    m_ownFrameBuffer.shrink_to_fit();
+    m_frameBuffer = &m_ownFrameBuffer;
     m_pcmFrame = UINT64_MAX;
     m_pcm.clear();
 }
@@ -107,7 +103,7 @@ HRESULT CZeDVAudioStream::DecodeFrame(uint64_t frame) {
     const uint32_t channels = m_format.channels;
     std::vector<int16_t> decoded;
     try {
-        if (m_frameBuffer.size() < size) m_frameBuffer.resize(size);
+        if (m_frameBuffer->size() < size) m_frameBuffer->resize(size);
         decoded.resize(samples * channels);
         m_pcm.resize(decoded.size() * 2);
     } catch (const std::bad_alloc&) {
@@ -115,10 +111,10 @@ HRESULT CZeDVAudioStream::DecodeFrame(uint64_t frame) {
     }
     uint32_t got = 0;
     if (size != 0) {
-        const HRESULT hr = m_access.readFrame(frame, 0, m_frameBuffer.data(), size, &got);
+        const HRESULT hr = m_access.readFrame(frame, 0, m_frameBuffer->data(), size, &got);
         if (FAILED(hr)) return hr;
     }
-    const uint8_t* data = m_frameBuffer.data();
+    const uint8_t* data = m_frameBuffer->data();
     const AudioFrameLayout layout = FindAudioLayout(data, got);
     ExtractAudioSamples(got != 0 ? data : nullptr, got, layout, static_cast<uint32_t>(samples), channels,
                         decoded.data());

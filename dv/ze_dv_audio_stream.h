@@ -38,11 +38,11 @@ public:
     CZeDVAudioStream(const CZeDVAudioStream&) = delete;
     CZeDVAudioStream& operator=(const CZeDVAudioStream&) = delete;
 
-    // Starts over on new frames: forgets table, cursor and cached sound. The frame buffer is
-    // sized to `frameBufferSize` bytes (and grows later for larger frames); false when it cannot
-    // be allocated.
-    bool Reset(FrameAccess access, const PcmFormat& format, uint32_t frameBufferSize);
+    // Starts over on new frames: forgets table, cursor and cached sound. Frames are read into
+    // `frameBuffer` (grown when a frame is larger), or into a buffer of the reader's own when null.
+    void Reset(FrameAccess access, const PcmFormat& format, std::vector<uint8_t>* frameBuffer = nullptr);
     void Clear();
+    bool IsReady() const { return static_cast<bool>(m_access.frameCount); }
 
     // Fills `count` bytes of `buffer` with the PCM starting at sample frame `position`; byte
     // position of a sample frame is ((position x bits) >> 3) x channels, as for stored PCM. What
@@ -51,7 +51,6 @@ public:
 
     // Sample frames carried by frame `frame` and the first sample frame of it (extends the table).
     HRESULT FrameStart(uint64_t frame, uint64_t* start);
-    uint64_t FrameBufferSize() const { return m_frameBuffer.size(); }
 
 private:
     struct Cursor {
@@ -72,7 +71,8 @@ private:
     PcmFormat m_format;
     std::vector<uint64_t> m_frameStart = std::vector<uint64_t>(1, 0);  // m_frameStart[f]: first sample frame of frame f; one extra at the end
     Cursor m_cursor;
-    std::vector<uint8_t> m_frameBuffer;
+    std::vector<uint8_t> m_ownFrameBuffer;
+    std::vector<uint8_t>* m_frameBuffer = &m_ownFrameBuffer;
     uint64_t m_pcmFrame = UINT64_MAX;  // frame whose sound m_pcm holds
     std::vector<uint8_t> m_pcm;        // little-endian interleaved samples of that frame
 };

@@ -1,25 +1,221 @@
 // The parser's DV steps: DV parameters from one frame, the synthesised audio stream of an
 // interleaved DV file, its DV format block and the audio taken out of its frames.
+#include <cstdio>
+#include <memory>
+#include <new>
+#include <vector>
+
 #include "avi/ze_avi_file_parser.h"
+#include "avi/ze_avi_header_list.h"
+#include "avi/ze_avi_fourcc.h"
+#include "dv/ze_dv_iavs_audio_format.h"
+#include "dv/ze_dv_params_decode.h"
+#include "dv/ze_dv_stream_state.h"
 #include "reader/status/ze_error_report.h"
 
 namespace {
+
 const char kClass[] = "CZeAviFileParser";
+constexpr uint32_t kAllOnes = 0xFFFFFFFFu;
+
+// Data position and size of entry `entry` of an index; a drop frame (position 0) and an entry
+// past the index have no bytes.
+void FrameExtent(const CZeAviIndexListChunk& index, uint64_t entry, uint64_t* position, uint32_t* size) {
+    *position = 0;
+    *size = 0;
+    if (entry >= index.GetCount()) return;
+    const CZeAviIndexChunk& e = index.At(static_cast<size_t>(entry));
+    if (e.GetPosition() == 0) return;
+    *position = e.GetPosition();
+    *size = e.GetSize();
 }
 
-HRESULT CZeAviFileParser::DecodeDVVideoParams() { return ReportError(kClass, "DecodeDVVideoParams", E_NOTIMPL); }
+// A zeroed frame buffer of `size` bytes for the two parameter steps; reports under `method`.
+HRESULT AllocateFrame(uint32_t size, std::vector<uint8_t>* frame, const char* method) {
+    // An entry past the index has the size all ones; such an allocation is refused outright.
+    if (size == kAllOnes) return ReportError(kClass, method, E_OUTOFMEMORY);
+    try {
+        frame->assign(size, 0);
+    } catch (const std::bad_alloc&) {
+        return ReportError(kClass, method, E_OUTOFMEMORY);
+    }
+    return S_OK;
+}
 
-HRESULT CZeAviFileParser::DecodeDVAudioParams() { return ReportError(kClass, "DecodeDVAudioParams", E_NOTIMPL); }
+}  // namespace
+
+HRESULT CZeAviFileParser::DecodeDVVideoParams() {
+    const CZeAviStreamList* principal = GetPrincipalStream();
+    if (principal == nullptr || principal->GetIndexList().IsEmpty()) {
+        return ReportError(kClass, "DecodeDVVideoParams", E_FAIL);
+    }
+    m_dvVideo = ZeDVVideoParams{};
+    const uint64_t first = GetMainHeader().GetInitialFrames();
+    uint64_t position = 0;
+    uint32_t size = 0;
+    LookupEntry(0, first, &position, &size);
+    if (size == 0) return ReportError(kClass, "DecodeDVVideoParams", E_AVI_STREAMINDEX);
+    std::vector<uint8_t> frame;
+    HRESULT hr = AllocateFrame(size, &frame, "DecodeDVVideoParams");
+    if (FAILED(hr)) return hr;
+
+    // The frame after the first is tried first. It is read only when it fits the buffer sized for
+    // the first; a larger one counts as a failed read, and the first frame is used instead.
+    uint64_t bytesRead = 0;
+    uint8_t flags = 0;
+    int16_t tolerance = 0;
+    uint64_t nextPosition = 0;
+    uint32_t nextSize = 0;
+    LookupEntry(0, first + 1, &nextPosition, &nextSize);
+    uint64_t number = first + 1;
+    hr = nextSize <= size ? GetFrame(frame.data(), &number, &bytesRead, &flags, &tolerance) : E_FAIL;
+    if (FAILED(hr)) {
+        number = first;
+        hr = GetFrame(frame.data(), &number, &bytesRead, &flags, &tolerance);
+        if (FAILED(hr)) return hr;
+    }
+    // bytesRead is all ones only for a blank frame past the end, which the lookups above exclude.
+    const size_t got = bytesRead > frame.size() ? frame.size() : static_cast<size_t>(bytesRead);
+    if (!ZeDV::DecodeVideoParamsFromFrame(frame.data(), got, &m_dvVideo)) {
+        // Too short to hold the packs: not a DV frame this step can read.
+        return ReportError(kClass, "DecodeDVVideoParams", E_AVI_NOFRAME);
+    }
+    return S_OK;
+}
+
+HRESULT CZeAviFileParser::DecodeDVAudioParams() {
+    const CZeAviStreamList* principal = GetPrincipalStream();
+    if (principal == nullptr || principal->GetIndexList().IsEmpty()) {
+        return ReportError(kClass, "DecodeDVAudioParams", E_FAIL);
+    }
+    m_dvAudio = ZeDVAudioParams{};
+    uint64_t number = GetMainHeader().GetInitialFrames();
+    uint64_t position = 0;
+    uint32_t size = 0;
+    LookupEntry(0, number, &position, &size);
+    std::vector<uint8_t> frame;
+    HRESULT hr = AllocateFrame(size, &frame, "DecodeDVAudioParams");
+    if (FAILED(hr)) return hr;
+    uint64_t bytesRead = 0;
+    uint8_t flags = 0;
+    int16_t tolerance = 0;
+    hr = GetFrame(frame.data(), &number, &bytesRead, &flags, &tolerance);
+    if (FAILED(hr)) return hr;
+    const size_t got = bytesRead > frame.size() ? frame.size() : static_cast<size_t>(bytesRead);
+    if (!ZeDV::DecodeAudioParamsFromFrame(frame.data(), got, &m_dvAudio)) {
+        return ReportError(kClass, "DecodeDVAudioParams", E_AVI_NOFRAME);
+    }
+    return S_OK;
+}
 
 HRESULT CZeAviFileParser::CreateIavsAudioStreams() {
-    return ReportError(kClass, "CreateIavsAudioStreams", E_NOTIMPL);
+    const CZeAviStreamList* principal = GetPrincipalStream();
+    if (principal == nullptr || principal->GetHeader().GetScale() == 0) return S_FALSE;
+    const CZeAviStreamHeader& video = principal->GetHeader();
+
+    ZeDV::IavsVideoTiming timing;
+    timing.rate = video.GetRate();
+    timing.scale = video.GetScale();
+    timing.length = video.GetLength();
+    timing.initialFrames = GetMainHeader().GetInitialFrames();
+    ZeDV::IavsAudioHeader values;
+    WAVEFORMATEX wave = {};
+    if (!ZeDV::ComputeIavsAudioFormat(timing, m_dvAudio, &values, &wave)) {
+        // A rate below the scale makes fewer than one frame per second, and every length of the
+        // audio stream would divide by zero: the file is read without its DV sound.
+        char line[160];
+        std::snprintf(line, sizeof(line),
+                      "interleaved DV stream rate %u / scale %u is below one frame per second: no audio stream\r\n",
+                      timing.rate, timing.scale);
+        LogLine(1, line);
+        return S_FALSE;
+    }
+
+    CZeAviStreamList list;
+    CZeAviStreamHeader& header = list.GetHeader();
+    header.SetFccType(ZeAvi::kAuds);
+    header.SetInitialFrames(values.dwInitialFrames);
+    header.SetScale(values.dwScale);
+    header.SetRate(values.dwRate);
+    header.SetLength(values.dwLength);
+    header.SetSuggestedBufferSize(values.dwSuggestedBufferSize);
+    header.SetSampleSize(values.dwSampleSize);
+    uint32_t formatSize = sizeof(WAVEFORMATEX);
+    uint32_t formatType = CZeAviStreamFormat::kAudio;
+    HRESULT hr = list.GetFormat().SetFormat(&wave, &formatSize, &formatType);
+    if (FAILED(hr)) return hr;
+
+    try {
+        m_dvFrameBuffer = std::vector<uint8_t>(video.GetSuggestedBufferSize());
+        m_dvState = std::make_shared<ZeDVStreamState>();
+    } catch (const std::bad_alloc&) {
+        return ReportError(kClass, "CreateIavsAudioStreams", E_OUTOFMEMORY);
+    }
+    CZeAviHeaderList(m_aviFile).AddStream(list);
+    return S_OK;
 }
 
-HRESULT CZeAviFileParser::GetSampleFromStream(uint64_t* /*position*/, void* /*buffer*/, uint64_t* /*count*/) {
-    return ReportError(kClass, "GetSampleFromStream", E_NOTIMPL);
+HRESULT CZeAviFileParser::GetSampleFromStream(uint64_t* position, void* buffer, uint64_t* count) {
+    if (position == nullptr || count == nullptr) return ReportError(kClass, "GetSampleFromStream", E_POINTER);
+    if (buffer == nullptr || *count == 0) return S_OK;
+    const WAVEFORMATEX* wave = GetAudioFormat();
+    const CZeAviStreamList* principal = GetPrincipalStream();
+    if (wave == nullptr || principal == nullptr || m_dvState == nullptr) {
+        return ReportError(kClass, "GetSampleFromStream", E_FAIL);
+    }
+    ZeDV::CZeDVAudioStream& audio = m_dvState->audio;
+    if (!audio.IsReady()) {
+        const CZeAviIndexListChunk* index = &principal->GetIndexList();
+        ZeDV::FrameAccess access;
+        access.frameCount = [index]() { return static_cast<uint64_t>(index->GetCount()); };
+        access.frameSize = [index](uint64_t frame) {
+            uint64_t at = 0;
+            uint32_t size = 0;
+            FrameExtent(*index, frame, &at, &size);
+            return size;
+        };
+        access.readFrame = [this, index](uint64_t frame, uint32_t offset, uint8_t* out, uint32_t size,
+                                         uint32_t* bytesRead) -> HRESULT {
+            *bytesRead = 0;
+            uint64_t at = 0;
+            uint32_t stored = 0;
+            FrameExtent(*index, frame, &at, &stored);
+            if (stored <= offset) return S_OK;
+            uint64_t seekTo = at + offset;
+            uint32_t method = FILE_BEGIN;
+            HRESULT hr = Seek(&seekTo, &method);
+            if (FAILED(hr)) return hr;
+            uint64_t want = stored - offset < size ? stored - offset : size;
+            uint64_t got = 0;
+            hr = Read(out, &want, &got);
+            if (FAILED(hr)) return hr;
+            *bytesRead = static_cast<uint32_t>(got);
+            return S_OK;
+        };
+        ZeDV::PcmFormat format;
+        format.channels = wave->nChannels;
+        format.bitsPerSample = wave->wBitsPerSample;
+        format.sampleRate = wave->nSamplesPerSec;
+        format.frameRate = principal->GetHeader().GetRate();
+        format.frameScale = principal->GetHeader().GetScale();
+        audio.Reset(std::move(access), format, &m_dvFrameBuffer);
+    }
+    return audio.Read(*position, static_cast<uint8_t*>(buffer), *count);
 }
 
-HRESULT CZeAviFileParser::FillInterleavedVideoAudioStreamFormatHeader(uint64_t /*position*/, uint32_t /*size*/,
-                                                                      CZeAviStreamFormat& /*format*/) {
-    return ReportError(kClass, "FillInterleavedVideoAudioStreamFormatHeader", E_NOTIMPL);
+HRESULT CZeAviFileParser::FillInterleavedVideoAudioStreamFormatHeader(uint64_t position, uint32_t size,
+                                                                      CZeAviStreamFormat& format) {
+    // Words 0-7 are the DVINFO block as stored (AAuxSrc, AAuxCtl, AAuxSrc1, AAuxCtl1, VAuxSrc,
+    // VAuxCtl, two reserved words); whatever the chunk holds beyond, up to the record's words, is
+    // kept too. The rest stays 0: the file's DV parameters are taken from its frames.
+    CZeAviDVInfoEx info;
+    const uint64_t wanted = size < sizeof(info.dwWords) ? size : sizeof(info.dwWords);
+    if (wanted != 0) {
+        HRESULT hr = SeekTo(position);
+        if (FAILED(hr)) return hr;
+        hr = ReadExact(info.Words(), wanted, "FillInterleavedVideoAudioStreamFormatHeader");
+        if (FAILED(hr)) return hr;
+    }
+    uint32_t type = CZeAviStreamFormat::kDVInfo;
+    return format.SetFormat(info.Words(), &size, &type);
 }
