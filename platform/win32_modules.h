@@ -7,7 +7,8 @@
 
 #include "platform/win32_types.h"
 
-typedef LONG_PTR (*FARPROC)();
+// The generic function pointer type, so that casting an export to its real type draws no warning.
+typedef void (*FARPROC)();
 
 constexpr DWORD DONT_RESOLVE_DLL_REFERENCES = 0x00000001;
 constexpr DWORD LOAD_LIBRARY_AS_DATAFILE = 0x00000002;
