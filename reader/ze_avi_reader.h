@@ -110,8 +110,9 @@ private:
     HRESULT ExchangeGet(DWORD paramId, DWORD stream, DWORD item, ZeExchangeValue* value);
     HRESULT ExchangeSet(DWORD paramId, DWORD valueType, DWORD cbValue, const void* value);
     HRESULT ExchangeCamera(DWORD row, DWORD frame, ZeExchangeValue* value);
-    HRESULT ExchangeFrame(DWORD frame, const uint8_t** data);
-    bool IsDvVideo() const;
+    HRESULT ExchangeFrame(DWORD frame, const uint8_t** data, uint64_t* bytes);
+    // The parser; throws std::bad_alloc when it could not be created with the object.
+    CZeReaderSource& Src();
 
     std::unique_ptr<CZeReaderSource> m_source;  // the parser of the file this object serves
 
@@ -148,4 +149,5 @@ private:
     // One DV frame kept for camera value queries of the parameter exchange.
     std::vector<uint8_t> m_exchangeFrame;
     uint64_t m_exchangeFrameNumber = UINT64_MAX;
+    uint64_t m_exchangeFrameBytes = 0;
 };

@@ -84,8 +84,8 @@ enum ZeExchangeParam : uint32_t {
     ZE_XP_CAMERA_FIRST = 0x1000,      // + row: uint32 camera value of DV frame `item`
 };
 
-// Rows of the camera values (ZE_XP_CAMERA_FIRST + row). Check with ZE_XP_CAMERA_FIRST gives the number
-// of rows in `count`; Check on a row gives its name (the accessor's name without "Get").
+// Rows of the camera values (ZE_XP_CAMERA_FIRST + row). Check on a row gives its name (the accessor's
+// name without "Get") and, in `count`, the number of rows; ZE_XP_FRAME_COUNT gives the frames.
 //   0 Iris            1 AEMode          2 AGC             3 WBMode          4 WhiteBalance
 //   5 FCM             6 Focus           7 VPD             8 VPanningSpeed   9 IS
 //  10 HPD            11 HPanningSpeed  12 FocalLength    13 ZEN            14 UnitsOfEZoom
