@@ -181,13 +181,17 @@ private:
     HRESULT FinishStreams();
 
     // Reads exactly `count` bytes at the current position; a short read is reported as E_AVI_READ
-    // under `method`.
+    // under `method`. The typed forms decode little-endian fields.
     HRESULT ReadExact(void* buffer, uint64_t count, const char* method);
-    HRESULT ReadU32(uint32_t* value, const char* method) { return ReadExact(value, 4, method); }
-    HRESULT ReadU16(uint16_t* value, const char* method) { return ReadExact(value, 2, method); }
+    HRESULT ReadU8(uint8_t* value, const char* method);
+    HRESULT ReadU16(uint16_t* value, const char* method);
+    HRESULT ReadU32(uint32_t* value, const char* method);
+    HRESULT ReadU64(uint64_t* value, const char* method);
     HRESULT SeekTo(uint64_t position);
     // Bytes of the file from `position` to its end (0 past the end).
     uint64_t BytesFrom(uint64_t position) const;
+    // End offsets (stream bytes) of the first audio stream's entries, built on first need.
+    void BuildAudioEntryEnds();
 
     ZeOSAL::CZeFile m_file;
     CZeAviFile m_aviFile;
