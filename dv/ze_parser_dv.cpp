@@ -59,8 +59,8 @@ HRESULT CZeAviFileParser::DecodeDVVideoParams() {
     HRESULT hr = AllocateFrame(size, &frame, "DecodeDVVideoParams");
     if (FAILED(hr)) return hr;
 
-    // The frame after the first is tried first. It is read only when it fits the buffer sized for
-    // the first; a larger one counts as a failed read, and the first frame is used instead.
+    // The frame after the first is tried first. A larger one would not fit the buffer sized for
+    // the first: it is not read and counts as a failed read, so the first frame is used instead.
     uint64_t bytesRead = 0;
     uint8_t flags = 0;
     int16_t tolerance = 0;
@@ -68,7 +68,8 @@ HRESULT CZeAviFileParser::DecodeDVVideoParams() {
     uint32_t nextSize = 0;
     LookupEntry(0, first + 1, &nextPosition, &nextSize);
     uint64_t number = first + 1;
-    hr = nextSize <= size ? GetFrame(frame.data(), &number, &bytesRead, &flags, &tolerance) : E_FAIL;
+    const bool tooLarge = nextSize != kAllOnes && nextSize > size;
+    hr = tooLarge ? E_FAIL : GetFrame(frame.data(), &number, &bytesRead, &flags, &tolerance);
     if (FAILED(hr)) {
         number = first;
         hr = GetFrame(frame.data(), &number, &bytesRead, &flags, &tolerance);
