@@ -86,8 +86,10 @@ public:
     uint64_t GetAudioIndex(uint64_t* position, uint64_t* inEntry);
     // Forgets the sequential read cursor of GetSample.
     void PrepareAudioRead();
-    // Data position and size of entry `entry` of stream `stream`; all ones past the index.
-    void LookupEntry(uint32_t stream, uint64_t entry, uint64_t* position, uint32_t* size) const;
+    // Data position, size and offset as the index gave it (0 marks a drop frame) of entry `entry`
+    // of stream `stream`; all ones past the index. Any output may be null.
+    void LookupEntry(uint32_t stream, uint64_t entry, uint64_t* position, uint32_t* size,
+                     uint64_t* indexOffset = nullptr) const;
 
     // Size of the last frame read by any parser of the process (shared on purpose).
     static uint64_t GetLastFrameSize();

@@ -54,16 +54,19 @@ HRESULT CZeAviFileParser::FinishStreams() {
 
 // ---- Index lookups ---------------------------------------------------------------------------
 
-void CZeAviFileParser::LookupEntry(uint32_t stream, uint64_t entry, uint64_t* position, uint32_t* size) const {
+void CZeAviFileParser::LookupEntry(uint32_t stream, uint64_t entry, uint64_t* position, uint32_t* size,
+                                   uint64_t* indexOffset) const {
     const CZeAviStreamList* list = m_aviFile.GetStream(stream);
     if (list != nullptr && entry < list->GetIndexList().GetCount()) {
         const CZeAviIndexChunk& chunk = list->GetIndexList().At(static_cast<size_t>(entry));
         if (position != nullptr) *position = chunk.GetPosition();
         if (size != nullptr) *size = chunk.GetSize();
+        if (indexOffset != nullptr) *indexOffset = chunk.GetOffset();
         return;
     }
     if (position != nullptr) *position = ~static_cast<uint64_t>(0);
     if (size != nullptr) *size = 0xFFFFFFFFu;
+    if (indexOffset != nullptr) *indexOffset = ~static_cast<uint64_t>(0);
 }
 
 void CZeAviFileParser::BuildAudioEntryEnds() {
@@ -125,10 +128,13 @@ HRESULT CZeAviFileParser::GetFrame(void* buffer, uint64_t* frame, uint64_t* byte
         }
     }
 
+    // Frames are read at their data position; an entry whose offset in the index is 0 is a drop frame.
     uint64_t position = 0;
     uint32_t size = 0;
-    LookupEntry(second ? m_aviFile.GetSecondVideoStream() : m_aviFile.GetFirstVideoStream(), *frame, &position, &size);
-    if (position != 0) {
+    uint64_t indexOffset = 0;
+    LookupEntry(second ? m_aviFile.GetSecondVideoStream() : m_aviFile.GetFirstVideoStream(), *frame, &position,
+                &size, &indexOffset);
+    if (indexOffset != 0) {
         cache.lastReadPosition = position;
         cache.lastReadSize = size;
     } else {

@@ -1,0 +1,132 @@
+// Format records: the allocation rules of SetFormat, its failure reports, and copies that own their
+// own block.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "avi/ze_avi_stream_format.h"
+#include "reader/status/ze_error_report.h"
+
+namespace {
+
+std::vector<uint8_t> Bytes(size_t n, uint8_t first) {
+    std::vector<uint8_t> v(n);
+    for (size_t i = 0; i < n; ++i) v[i] = static_cast<uint8_t>(first + i);
+    return v;
+}
+
+HRESULT Set(CZeAviStreamFormat& format, const std::vector<uint8_t>& data, uint32_t size, uint32_t type) {
+    return format.SetFormat(data.data(), &size, &type);
+}
+
+TEST(RecordsFormat, ShortVideoFormatGetsAZeroFilledFortyByteBlock) {
+    CZeAviStreamFormat format;
+    const std::vector<uint8_t> data = Bytes(12, 1);
+    ASSERT_EQ(Set(format, data, 12, 1), S_OK);
+    EXPECT_EQ(format.GetFormatType(), 1u);
+    EXPECT_EQ(format.GetSize(), 40u);
+    ASSERT_EQ(format.GetFormatBytes(), 40u);
+    const uint8_t* block = static_cast<const uint8_t*>(format.GetFormat());
+    EXPECT_EQ(std::memcmp(block, data.data(), 12), 0);
+    for (int i = 12; i < 40; ++i) EXPECT_EQ(block[i], 0) << i;
+    ASSERT_NE(format.GetBitmapInfoHeader(), nullptr);
+    EXPECT_EQ(format.GetWaveFormat(), nullptr);
+}
+
+TEST(RecordsFormat, BlockSizesFollowTheMinimumOfEachKind) {
+    struct Case {
+        uint32_t type;
+        uint32_t size;
+        uint32_t expected;
+    };
+    const Case cases[] = {{1, 40, 40}, {1, 41, 41}, {1, 1064, 1064}, {2, 18, 18}, {2, 20, 20}, {2, 16, 18}, {2, 0, 18}};
+    for (const Case& c : cases) {
+        CZeAviStreamFormat format;
+        const std::vector<uint8_t> data = Bytes(c.size + 1, 7);
+        ASSERT_EQ(Set(format, data, c.size, c.type), S_OK);
+        EXPECT_EQ(format.GetSize(), c.expected) << c.type << "/" << c.size;
+        EXPECT_EQ(format.GetFormatBytes(), c.expected) << c.type << "/" << c.size;
+        EXPECT_EQ(std::memcmp(format.GetFormat(), data.data(), c.size), 0);
+    }
+}
+
+TEST(RecordsFormat, DVInfoTakesNineteenWordsAndKeepsTheBlockHeldBefore) {
+    CZeAviStreamFormat format;
+    const std::vector<uint8_t> video = Bytes(40, 3);
+    ASSERT_EQ(Set(format, video, 40, 1), S_OK);
+    const void* before = format.GetFormat();
+
+    std::vector<uint8_t> words(19 * 4);
+    for (size_t i = 0; i < 19; ++i) words[i * 4] = static_cast<uint8_t>(i + 1);
+    ASSERT_EQ(Set(format, words, 32, 3), S_OK);
+    EXPECT_EQ(format.GetFormatType(), 3u);
+    EXPECT_EQ(format.GetSize(), 32u);
+    const CZeAviDVInfoEx* info = format.GetDVInfo();
+    ASSERT_NE(info, nullptr);
+    // Only as many bytes as the caller declared are taken; the rest of the 19 words stay 0.
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(info->GetWord(i), static_cast<uint32_t>(i + 1));
+    for (int i = 8; i < 19; ++i) EXPECT_EQ(info->GetWord(i), 0u);
+    // The earlier block is not released by the DV set: it still holds its bytes.
+    EXPECT_EQ(std::memcmp(before, video.data(), 40), 0);
+
+    ASSERT_EQ(Set(format, words, 76, 3), S_OK);
+    EXPECT_EQ(format.GetDVInfo()->GetWord(18), 19u);
+    EXPECT_EQ(format.GetDVInfo()->GetWord(19), 0u);  // outside the storage
+}
+
+TEST(RecordsFormat, UnknownTypeReleasesTheBlock) {
+    CZeAviStreamFormat format;
+    ASSERT_EQ(Set(format, Bytes(18, 0), 18, 2), S_OK);
+    ASSERT_EQ(Set(format, Bytes(18, 0), 18, 9), S_OK);
+    EXPECT_EQ(format.GetFormatType(), 0u);
+    EXPECT_EQ(format.GetSize(), 0u);
+    EXPECT_EQ(format.GetFormat(), nullptr);
+    EXPECT_EQ(format.GetWaveFormat(), nullptr);
+}
+
+TEST(RecordsFormat, NullDataIsReportedAndChangesNothing) {
+    SetErrorContext("");
+    CZeAviStreamFormat format;
+    ASSERT_EQ(Set(format, Bytes(18, 5), 18, 2), S_OK);
+    uint32_t size = 40;
+    uint32_t type = 1;
+    EXPECT_EQ(format.SetFormat(nullptr, &size, &type), E_POINTER);
+    EXPECT_EQ(format.GetFormatType(), 2u);
+    EXPECT_EQ(format.GetSize(), 18u);
+    const std::vector<std::string> lines = GetReportList();
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_NE(lines[0].find("### CZeAviStreamFormat::SetFormat ###"), std::string::npos) << lines[0];
+}
+
+TEST(RecordsFormat, CopiesOwnTheirBlocks) {
+    CZeAviStreamFormat original;
+    original.SetOffset(7);
+    original.SetID(0x66727473);
+    ASSERT_EQ(Set(original, Bytes(44, 9), 44, 1), S_OK);
+    CZeAviStreamFormat copy(original);
+    CZeAviStreamFormat assigned;
+    ASSERT_EQ(Set(assigned, Bytes(18, 0), 18, 2), S_OK);
+    assigned = original;
+    for (const CZeAviStreamFormat* f : {&copy, &assigned}) {
+        EXPECT_EQ(f->GetFormatType(), 1u);
+        EXPECT_EQ(f->GetSize(), 44u);
+        EXPECT_EQ(f->GetOffset(), 7u);
+        EXPECT_EQ(f->GetID(), 0x66727473u);
+        EXPECT_NE(f->GetFormat(), original.GetFormat());
+        EXPECT_EQ(std::memcmp(f->GetFormat(), original.GetFormat(), 44), 0);
+    }
+    original.Reset();
+    EXPECT_EQ(original.GetFormat(), nullptr);
+    EXPECT_EQ(copy.GetBitmapInfoHeader()->biSize, 0x0C0B0A09u);  // still readable after the original went
+
+    CZeAviStreamFormat dv;
+    std::vector<uint8_t> words(76, 0x11);
+    ASSERT_EQ(Set(dv, words, 76, 3), S_OK);
+    CZeAviStreamFormat dvCopy(dv);
+    ASSERT_NE(dvCopy.GetDVInfo(), nullptr);
+    EXPECT_NE(dvCopy.GetDVInfo(), dv.GetDVInfo());
+    EXPECT_EQ(dvCopy.GetDVInfo()->GetWord(18), 0x11111111u);
+}
+
+}  // namespace
