@@ -166,25 +166,27 @@ HRESULT CZeAviFileParser::GetSampleFromStream(uint64_t* position, void* buffer, 
     }
     ZeDV::CZeDVAudioStream& audio = m_dvState->audio;
     if (!audio.IsReady()) {
-        const CZeAviIndexListChunk* index = &principal->GetIndexList();
+        // The frames are looked up through the parser on every call, so the reader holds no
+        // pointer into the record tree.
         ZeDV::FrameAccess access;
-        access.frameCount = [index]() { return static_cast<uint64_t>(index->GetCount()); };
-        access.frameSize = [index](uint64_t frame) {
+        access.frameCount = [this]() -> uint64_t {
+            const CZeAviStreamList* dv = GetPrincipalStream();
+            return dv != nullptr ? dv->GetIndexList().GetCount() : 0;
+        };
+        access.frameSize = [this](uint64_t frame) {
             uint64_t at = 0;
             uint32_t size = 0;
-            FrameExtent(*index, frame, &at, &size);
+            if (const CZeAviStreamList* dv = GetPrincipalStream()) FrameExtent(dv->GetIndexList(), frame, &at, &size);
             return size;
         };
-        access.readFrame = [this, index](uint64_t frame, uint32_t offset, uint8_t* out, uint32_t size,
-                                         uint32_t* bytesRead) -> HRESULT {
+        access.readFrame = [this](uint64_t frame, uint32_t offset, uint8_t* out, uint32_t size,
+                                  uint32_t* bytesRead) -> HRESULT {
             *bytesRead = 0;
             uint64_t at = 0;
             uint32_t stored = 0;
-            FrameExtent(*index, frame, &at, &stored);
+            if (const CZeAviStreamList* dv = GetPrincipalStream()) FrameExtent(dv->GetIndexList(), frame, &at, &stored);
             if (stored <= offset) return S_OK;
-            uint64_t seekTo = at + offset;
-            uint32_t method = FILE_BEGIN;
-            HRESULT hr = Seek(&seekTo, &method);
+            HRESULT hr = SeekTo(at + offset);
             if (FAILED(hr)) return hr;
             uint64_t want = stored - offset < size ? stored - offset : size;
             uint64_t got = 0;
