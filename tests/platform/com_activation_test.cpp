@@ -1,0 +1,202 @@
+// Activation: built-in classes, in-process servers found through the registry, and the failure codes
+// of each step.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <unistd.h>
+
+#include "platform/win32.h"
+#include "tests/platform/inproc_server/ze_test_server.h"
+#include "tests/platform/registry_sandbox.h"
+
+namespace {
+
+// {A1B2C3D4-0000-4000-8000-00000000B117}
+constexpr CLSID kBuiltinClass = {0xa1b2c3d4, 0x0000, 0x4000, {0x80, 0x00, 0x00, 0x00, 0x00, 0x00, 0xb1, 0x17}};
+
+// A built-in class: the test's own adder, counting how often its class object was asked for.
+class LocalAdder final : public IZeTestAdder {
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IZeTestAdder)) return E_NOINTERFACE;
+        *object = static_cast<IZeTestAdder*>(this);
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE Add(LONG a, LONG b, LONG* sum) override {
+        *sum = a * 100 + b;  // unlike the server's, so the two can be told apart
+        return S_OK;
+    }
+    LONG STDMETHODCALLTYPE LiveObjects() override { return -1; }
+};
+
+class LocalFactory final : public IClassFactory {
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IClassFactory)) return E_NOINTERFACE;
+        *object = static_cast<IClassFactory*>(this);
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) override {
+        return adder.QueryInterface(iid, object);
+    }
+    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+    LocalAdder adder;
+};
+
+LocalFactory g_localFactory;
+int g_localRequests = 0;
+
+HRESULT STDAPICALLTYPE LocalClassObject(REFCLSID, REFIID iid, LPVOID* object) {
+    ++g_localRequests;
+    return g_localFactory.QueryInterface(iid, object);
+}
+
+std::string GuidText(REFCLSID clsid) {
+    OLECHAR text[39];
+    StringFromGUID2(clsid, text, 39);
+    return std::string(text, text + 38);
+}
+
+// Writes the InprocServer32 default value of a class, with its terminating zero.
+void RegisterServer(REFCLSID clsid, const std::string& path, DWORD type = REG_SZ) {
+    HKEY key = nullptr;
+    const std::string name = "CLSID\\" + GuidText(clsid) + "\\InprocServer32";
+    ASSERT_EQ(ERROR_SUCCESS,
+              RegCreateKeyExA(HKEY_CLASSES_ROOT, name.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr));
+    ASSERT_EQ(ERROR_SUCCESS, RegSetValueExA(key, nullptr, 0, type, reinterpret_cast<const BYTE*>(path.c_str()),
+                                            static_cast<DWORD>(path.size() + 1)));
+    RegCloseKey(key);
+}
+
+class ComActivationTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(S_OK, CoInitialize(nullptr)); }
+    void TearDown() override {
+        ZeRegisterBuiltinClass(kBuiltinClass, nullptr);
+        CoUninitialize();
+    }
+    RegistrySandbox sandbox;
+};
+
+TEST_F(ComActivationTest, BuiltinClassesComeFirstAndCanBeRemoved) {
+    ZeRegisterBuiltinClass(kBuiltinClass, &LocalClassObject);
+    IZeTestAdder* adder = nullptr;
+    ASSERT_EQ(S_OK, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_INPROC_SERVER, IID_IZeTestAdder,
+                                     reinterpret_cast<void**>(&adder)));
+    LONG sum = 0;
+    ASSERT_EQ(S_OK, adder->Add(4, 2, &sum));
+    EXPECT_EQ(402, sum);
+    adder->Release();
+
+    // A registry entry for the same class does not win over the built-in one.
+    RegisterServer(kBuiltinClass, "/nonexistent/server.so");
+    const int before = g_localRequests;
+    IClassFactory* factory = nullptr;
+    ASSERT_EQ(S_OK, CoGetClassObject(kBuiltinClass, CLSCTX_ALL, nullptr, IID_IClassFactory,
+                                     reinterpret_cast<void**>(&factory)));
+    EXPECT_EQ(before + 1, g_localRequests);
+    factory->Release();
+
+    // Removed, the registry entry is used, and its module is missing.
+    ZeRegisterBuiltinClass(kBuiltinClass, nullptr);
+    void* object = reinterpret_cast<void*>(1);
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND),
+              CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &object));
+    EXPECT_EQ(nullptr, object);
+}
+
+TEST_F(ComActivationTest, ContextsAndArguments) {
+    ZeRegisterBuiltinClass(kBuiltinClass, &LocalClassObject);
+    void* object = nullptr;
+    EXPECT_EQ(REGDB_E_CLASSNOTREG, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_LOCAL_SERVER, IID_IUnknown, &object));
+    EXPECT_EQ(E_POINTER, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IUnknown, nullptr));
+    EXPECT_EQ(E_INVALIDARG, CoGetClassObject(kBuiltinClass, CLSCTX_ALL, nullptr, IID_IClassFactory, nullptr));
+    EXPECT_EQ(E_NOINTERFACE, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IClassFactory, &object));
+}
+
+TEST_F(ComActivationTest, UninitialisedThreadsAreRefusedUnlessAMultithreadedApartmentExists) {
+    ZeRegisterBuiltinClass(kBuiltinClass, &LocalClassObject);
+    HRESULT alone = S_OK, withMta = S_OK;
+    std::thread([&] {
+        void* object = nullptr;
+        alone = CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IUnknown, &object);
+    }).join();
+    EXPECT_EQ(CO_E_NOTINITIALIZED, alone);
+
+    // While one thread is in the multithreaded apartment, every thread belongs to it implicitly.
+    std::thread([&] {
+        ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_MULTITHREADED));
+        std::thread([&] {
+            void* object = nullptr;
+            withMta = CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IUnknown, &object);
+        }).join();
+        CoUninitialize();
+    }).join();
+    EXPECT_EQ(S_OK, withMta);
+}
+
+TEST_F(ComActivationTest, UnregisteredAndBrokenRegistrations) {
+    void* object = reinterpret_cast<void*>(1);
+    EXPECT_EQ(REGDB_E_CLASSNOTREG, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IUnknown, &object));
+    EXPECT_EQ(nullptr, object);
+
+    // A key without a default value, or with one of a type that names no file.
+    HKEY key = nullptr;
+    const std::string name = "CLSID\\" + GuidText(kBuiltinClass) + "\\InprocServer32";
+    ASSERT_EQ(ERROR_SUCCESS,
+              RegCreateKeyExA(HKEY_CLASSES_ROOT, name.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr));
+    RegCloseKey(key);
+    EXPECT_EQ(REGDB_E_CLASSNOTREG, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IUnknown, &object));
+    RegisterServer(kBuiltinClass, "/some/path.so", REG_BINARY);
+    EXPECT_EQ(REGDB_E_CLASSNOTREG, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IUnknown, &object));
+
+    // A file that is not a library, and a library without DllGetClassObject.
+    RegisterServer(kBuiltinClass, sandbox.Path());
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_BAD_EXE_FORMAT),
+              CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IUnknown, &object));
+    RegisterServer(kBuiltinClass, "libm.so.6");
+    EXPECT_EQ(CO_E_ERRORINDLL, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IUnknown, &object));
+}
+
+#ifdef ZE_TEST_SERVER_PATH
+TEST_F(ComActivationTest, InprocServerFromTheRegistry) {
+    // Registered with Windows separators and a drive, as a Windows installer would write it.
+    std::string windowsPath = std::string("C:") + ZE_TEST_SERVER_PATH;
+    for (char& c : windowsPath)
+        if (c == '/') c = '\\';
+    RegisterServer(CLSID_ZeTestAdder, windowsPath);
+
+    IZeTestAdder* adder = nullptr;
+    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_ZeTestAdder, nullptr, CLSCTX_INPROC_SERVER, IID_IZeTestAdder,
+                                     reinterpret_cast<void**>(&adder)));
+    LONG sum = 0;
+    ASSERT_EQ(S_OK, adder->Add(40, 2, &sum));
+    EXPECT_EQ(42, sum);
+    EXPECT_EQ(1, adder->LiveObjects());
+
+    // The server is asked for a class it does not have: its own answer comes back.
+    RegisterServer(kBuiltinClass, ZE_TEST_SERVER_PATH);
+    void* object = nullptr;
+    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IUnknown, &object));
+
+    // A server in use is not unloaded; the object keeps working.
+    CoFreeUnusedLibraries();
+    ASSERT_EQ(S_OK, adder->Add(1, 2, &sum));
+    EXPECT_EQ(3, sum);
+    adder->Release();
+
+    // Unused, it may go; the next activation loads it again.
+    CoFreeUnusedLibraries();
+    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_ZeTestAdder, nullptr, CLSCTX_INPROC_SERVER, IID_IZeTestAdder,
+                                     reinterpret_cast<void**>(&adder)));
+    EXPECT_EQ(1, adder->LiveObjects());
+    adder->Release();
+}
+#endif
+
+}  // namespace
