@@ -1,0 +1,262 @@
+// The parser's DV steps on whole files: type-1 files built from hand-made frames, and DV made by
+// ffmpeg, whose own decode of the sound is the reference.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "avi/ze_avi_file_parser.h"
+#include "reader/status/ze_error_report.h"
+#include "tests/dv/dv_test_frames.h"
+#include "tests/fixtures/ze_avi_formats.h"
+#include "tests/fixtures/ze_avi_writer.h"
+#include "tests/fixtures/ze_ffmpeg_material.h"
+#include "tests/fixtures/ze_temp_file.h"
+
+namespace {
+
+// A type-1 file of the given frames, 'iavs' stream with the given rate and scale.
+std::vector<uint8_t> Type1File(const std::vector<std::vector<uint8_t>>& frames, bool pal, uint32_t rate = 0,
+                               uint32_t scale = 0) {
+    zetest::AviSpec spec;
+    zetest::StreamSpec s = zetest::IavsStream(pal);
+    if (scale != 0 || rate != 0) {
+        s.rate = rate;
+        s.scale = scale;
+    }
+    spec.streams.push_back(s);
+    spec.width = 720;
+    spec.height = pal ? 576 : 480;
+    spec.microSecPerFrame = pal ? 40000 : 33367;
+    for (const std::vector<uint8_t>& f : frames) spec.chunks.push_back(zetest::ChunkSpec{"00__", f});
+    return zetest::BuildAvi(spec).bytes;
+}
+
+struct OpenedFile {
+    explicit OpenedFile(const std::vector<uint8_t>& bytes) : file(bytes) {
+        EXPECT_EQ(parser.OpenAVIFile(file.c_str()), S_OK);
+        parsed = parser.Parse();
+    }
+    zetest::TempFile file;
+    CZeAviFileParser parser;
+    HRESULT parsed = E_FAIL;
+};
+
+dvtest::Frame CamcorderFrame(uint8_t fill, uint32_t afSize) {
+    dvtest::Frame f = dvtest::MakeFrame(true);
+    f.PutVaux(39, {0x60, 0xFF, 0xFF, 0xE0, 0xFF});
+    f.PutVaux(40, {0x61, 0x3F, 0xC9, 0xFD, 0xFF});  // 14/9, display 1, interlaced
+    f.PutVaux(41, {0x62, 0xFF, 0xC7, 0x06, 0x03});
+    f.PutVaux(42, {0x63, 0xFF, 0x08, 0x15, 0x21});
+    f.PutAudioSource(afSize, 0, 0);
+    for (uint32_t s = 0; s < 12; ++s) f.FillAudioData(s, fill);
+    return f;
+}
+
+TEST(DVParserSteps, Type1FileGetsItsParametersAndASynthesisedPcmStream) {
+    std::vector<std::vector<uint8_t>> frames;
+    for (uint8_t k = 0; k < 4; ++k) frames.push_back(CamcorderFrame(static_cast<uint8_t>(k + 1), 24).bytes);
+    OpenedFile f(Type1File(frames, true));
+    ASSERT_EQ(f.parsed, S_OK);
+
+    const ZeDVVideoParams& v = f.parser.GetDVVideoParams();
+    EXPECT_EQ(v.sixtyFields, 0u);
+    EXPECT_DOUBLE_EQ(v.aspectRatio, 14.0 / 9.0);
+    EXPECT_EQ(v.displayCode, 1u);
+    EXPECT_EQ(v.interlaceCode, 2u);
+    EXPECT_EQ(v.compressionCode, 2u);
+    EXPECT_EQ(v.recordingStartCode, 0u);
+    EXPECT_STREQ(v.recordingDateTime, "7.6.2003 21:15:8");
+    const ZeDVAudioParams& a = f.parser.GetDVAudioParams();
+    EXPECT_EQ(a.sampleRate, 48000u);
+    EXPECT_EQ(a.bitsPerSample, 16u);
+    EXPECT_EQ(a.audioModeCode, 1u);
+    EXPECT_EQ(a.firstChannel, 1);
+
+    const CZeAviStreamHeader* h = f.parser.GetAudioStreamHeader();
+    const WAVEFORMATEX* w = f.parser.GetAudioFormat();
+    ASSERT_NE(h, nullptr);
+    ASSERT_NE(w, nullptr);
+    EXPECT_EQ(h->GetLength(), 4u * 1920u);
+    EXPECT_EQ(h->GetSampleSize(), 2u);
+    EXPECT_EQ(w->nChannels, 2);
+    EXPECT_EQ(f.parser.GetDVFrameBuffer().size(), 144000u);
+
+    // The DV format block as stored: the first words are the DVINFO packs of the stream format.
+    const CZeAviDVInfoEx* info = f.parser.GetPrincipalStream()->GetFormat().GetDVInfo();
+    ASSERT_NE(info, nullptr);
+    EXPECT_EQ(info->GetWord(0), 0xD0E0'0000u);
+    EXPECT_EQ(info->GetWord(4), 0xFFA0'0000u);
+    EXPECT_EQ(info->GetWord(8), 0u);
+
+    // Sound: 1920 stereo samples of each frame's fill, across frame boundaries.
+    std::vector<uint8_t> pcm(4 * 1920 * 4 + 400, 0xEE);
+    uint64_t position = 0;
+    uint64_t count = pcm.size();
+    ASSERT_EQ(f.parser.GetSample(&position, pcm.data(), &count), S_OK);
+    for (size_t i = 0; i < 4 * 1920 * 4; ++i) ASSERT_EQ(pcm[i], i / (1920 * 4) + 1) << i;
+    for (size_t i = 4 * 1920 * 4; i < pcm.size(); ++i) ASSERT_EQ(pcm[i], 0) << i;
+    position = 3839;
+    count = 8;
+    ASSERT_EQ(f.parser.GetSample(&position, pcm.data(), &count), S_OK);
+    EXPECT_EQ(std::vector<uint8_t>(pcm.begin(), pcm.begin() + 8), (std::vector<uint8_t>{2, 2, 2, 2, 3, 3, 3, 3}));
+}
+
+TEST(DVParserSteps, FramesTooSmallForPacksAndRatesBelowOneFrameASecond) {
+    // Fewer than one frame a second: the file opens without a DV sound stream, and says why.
+    std::vector<std::vector<uint8_t>> frames(2, CamcorderFrame(1, 24).bytes);
+    {
+        OpenedFile f(Type1File(frames, true, 1, 2));
+        EXPECT_EQ(f.parsed, S_OK);
+        EXPECT_EQ(f.parser.GetAudioFormat(), nullptr);
+        EXPECT_STREQ(f.parser.GetDVVideoParams().recordingDateTime, "7.6.2003 21:15:8");
+    }
+    {
+        OpenedFile f(Type1File(frames, true, 25, 0));
+        EXPECT_EQ(f.parsed, S_OK);
+        EXPECT_EQ(f.parser.GetAudioFormat(), nullptr);
+    }
+    // A "DV" frame of 1000 bytes: the parameter step fails clearly.
+    SetErrorContext("");
+    OpenedFile f(Type1File({std::vector<uint8_t>(1000, 0x62)}, true));
+    EXPECT_EQ(f.parsed, E_AVI_NOFRAME);
+    const std::vector<std::string> lines = GetReportList();
+    ASSERT_FALSE(lines.empty());
+    EXPECT_NE(lines.back().find("CZeAviFileParser::DecodeDVVideoParams"), std::string::npos);
+}
+
+TEST(DVParserSteps, TheSecondFrameIsUsedUnlessItIsLargerThanTheFirst) {
+    dvtest::Frame first = CamcorderFrame(1, 24);
+    dvtest::Frame second = CamcorderFrame(1, 24);
+    second.PutVaux(41, {0x62, 0xFF, 0xC8, 0x06, 0x03});
+    OpenedFile same(Type1File({first.bytes, second.bytes}, true));
+    ASSERT_EQ(same.parsed, S_OK);
+    EXPECT_STREQ(same.parser.GetDVVideoParams().recordingDateTime, "8.6.2003 21:15:8");
+
+    second.bytes.resize(second.bytes.size() + 80);
+    OpenedFile larger(Type1File({first.bytes, second.bytes}, true));
+    ASSERT_EQ(larger.parsed, S_OK);
+    EXPECT_STREQ(larger.parser.GetDVVideoParams().recordingDateTime, "7.6.2003 21:15:8");
+}
+
+// ---- ffmpeg-made DV --------------------------------------------------------------------------
+
+struct FfmpegDv {
+    std::string dvPath;
+    std::vector<uint8_t> pcm;  // ffmpeg's own decode of the sound, s16le
+};
+
+// A raw DV stream made by ffmpeg (cached in the build folder) and ffmpeg's PCM decode of it.
+bool MakeFfmpegDv(bool pal, FfmpegDv* out, std::string* whyNot) {
+    if (zetest::RunCommand("command -v ffmpeg >/dev/null 2>&1") != 0) {
+        *whyNot = "ffmpeg is not on PATH";
+        return false;
+    }
+    const std::string name = pal ? "dv_type1_source_pal" : "dv_type1_source_ntsc";
+    out->dvPath = zetest::CacheDir() + "/" + name + ".dv";
+    const std::string part = out->dvPath + "." + std::to_string(::getpid()) + ".part.dv";
+    std::string log;
+    if (zetest::RunCommand("test -s " + zetest::ShellQuote(out->dvPath)) != 0) {
+        const std::string cmd =
+            std::string("ffmpeg -nostdin -hide_banner -loglevel error -y ") +
+            "-f lavfi -i testsrc=size=" + (pal ? "720x576:rate=25" : "720x480:rate=30000/1001") +
+            " -f lavfi -i sine=frequency=997:sample_rate=48000:duration=1.5 -f lavfi -i "
+            "sine=frequency=441:sample_rate=48000:duration=1.5 -filter_complex '[1:a][2:a]amerge=inputs=2[a]' "
+            "-map 0:v -map '[a]' -t 1.5 -c:v dvvideo -pix_fmt " +
+            (pal ? "yuv420p" : "yuv411p") + " -aspect 4:3 -c:a pcm_s16le -metadata creation_time=" +
+            (pal ? "2024-12-31T23:59:58Z" : "1999-03-04T05:06:07Z") + " -f dv " + zetest::ShellQuote(part) + " 2>&1";
+        if (zetest::RunCommand(cmd, &log) != 0 || zetest::RunCommand("mv " + zetest::ShellQuote(part) + " " +
+                                                                     zetest::ShellQuote(out->dvPath)) != 0) {
+            *whyNot = "ffmpeg could not make DV: " + log;
+            return false;
+        }
+    }
+    std::string pcm;
+    if (zetest::RunCommand("ffmpeg -nostdin -hide_banner -loglevel error -i " + zetest::ShellQuote(out->dvPath) +
+                               " -map 0:a -c:a pcm_s16le -f s16le -",
+                           &pcm) != 0) {
+        *whyNot = "ffmpeg could not decode its DV sound";
+        return false;
+    }
+    out->pcm.assign(pcm.begin(), pcm.end());
+    return true;
+}
+
+std::vector<std::vector<uint8_t>> SplitFrames(const std::vector<uint8_t>& dv, size_t frameBytes) {
+    std::vector<std::vector<uint8_t>> frames;
+    for (size_t at = 0; at + frameBytes <= dv.size(); at += frameBytes) {
+        frames.emplace_back(dv.begin() + static_cast<std::ptrdiff_t>(at),
+                            dv.begin() + static_cast<std::ptrdiff_t>(at + frameBytes));
+    }
+    return frames;
+}
+
+class DVFromFfmpeg : public ::testing::TestWithParam<bool> {};
+
+TEST_P(DVFromFfmpeg, SoundMatchesFfmpegByteForByteAndTheDateMatchesTheMetadata) {
+    const bool pal = GetParam();
+    FfmpegDv dv;
+    std::string whyNot;
+    if (!MakeFfmpegDv(pal, &dv, &whyNot)) GTEST_SKIP() << whyNot;
+    const auto frames = SplitFrames(zetest::ReadWholeFile(dv.dvPath), pal ? 144000 : 120000);
+    ASSERT_GE(frames.size(), 30u);
+    ASSERT_FALSE(dv.pcm.empty());
+
+    OpenedFile f(Type1File(frames, pal));
+    ASSERT_EQ(f.parsed, S_OK);
+    EXPECT_STREQ(f.parser.GetDVVideoParams().recordingDateTime, pal ? "31.12.2024 23:59:58" : "4.3.1999 5:6:7");
+    EXPECT_EQ(f.parser.GetDVVideoParams().sixtyFields, pal ? 0u : 1u);
+    const WAVEFORMATEX* w = f.parser.GetAudioFormat();
+    ASSERT_NE(w, nullptr);
+    ASSERT_EQ(w->nChannels, 2);
+    ASSERT_EQ(w->wBitsPerSample, 16);
+
+    // Sequential reads of odd sizes (whole sample frames), as the audio reader makes them.
+    std::vector<uint8_t> ours;
+    uint64_t position = 0;
+    const uint64_t sampleFrames = dv.pcm.size() / 4;
+    for (uint64_t piece = 1; position < sampleFrames; piece = piece * 3 % 4096 + 1) {
+        uint64_t n = std::min(piece, sampleFrames - position);
+        std::vector<uint8_t> out(n * 4);
+        uint64_t count = out.size();
+        uint64_t at = position;
+        ASSERT_EQ(f.parser.GetSample(&at, out.data(), &count), S_OK);
+        ours.insert(ours.end(), out.begin(), out.end());
+        position += n;
+    }
+    ASSERT_EQ(ours.size(), dv.pcm.size());
+    EXPECT_TRUE(ours == dv.pcm) << "first difference at byte "
+                                << (std::mismatch(ours.begin(), ours.end(), dv.pcm.begin()).first - ours.begin());
+
+    // Random access lands on the same bytes.
+    for (uint64_t at : {sampleFrames - 1, uint64_t{0}, sampleFrames / 2, uint64_t{1601}, uint64_t{3203}}) {
+        std::vector<uint8_t> out(4 * 700, 0xEE);
+        uint64_t count = out.size();
+        uint64_t start = at;
+        ASSERT_EQ(f.parser.GetSample(&start, out.data(), &count), S_OK);
+        const size_t have = std::min<size_t>(out.size(), dv.pcm.size() - at * 4);
+        EXPECT_TRUE(std::equal(out.begin(), out.begin() + have, dv.pcm.begin() + at * 4)) << at;
+        EXPECT_TRUE(std::all_of(out.begin() + have, out.end(), [](uint8_t b) { return b == 0; })) << at;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(PalAndNtsc, DVFromFfmpeg, ::testing::Values(true, false),
+                         [](const ::testing::TestParamInfo<bool>& p) { return p.param ? "Pal" : "Ntsc"; });
+
+TEST(DVFromFfmpegType2, RecordingDateOfAnFfmpegDvAvi) {
+    std::string whyNot;
+    const std::string path = zetest::MaterialPath("dv_pal", &whyNot);
+    if (path.empty()) GTEST_SKIP() << whyNot;
+    CZeAviFileParser parser;
+    ASSERT_EQ(parser.OpenAVIFile(path.c_str()), S_OK);
+    ASSERT_EQ(parser.Parse(), S_OK);
+    EXPECT_STREQ(parser.GetDVVideoParams().recordingDateTime, "31.12.2024 23:59:58");
+    EXPECT_DOUBLE_EQ(parser.GetDVVideoParams().aspectRatio, 4.0 / 3.0);
+    EXPECT_EQ(parser.GetDVAudioParams().sampleRate, 0u);  // separate audio stream: not decoded from frames
+}
+
+}  // namespace
