@@ -1,0 +1,191 @@
+// The header list: frame rectangle repairs, which streams are kept, stream names, format blocks,
+// and header lists that claim more than the file holds.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "tests/avi/parser_test_support.h"
+
+namespace zetest {
+namespace {
+
+// A "dvsd" handler over an uncompressed bitmap format: the rectangle rule applies, the DV set-up
+// (which follows the bitmap's compression) does not.
+AviSpec DvHandlerSpec(uint32_t rate, uint32_t scale) {
+    AviSpec spec = VideoSpec(2, 10);
+    spec.width = 320;
+    spec.height = 240;
+    spec.streams[0].fccHandler = "dvsd";
+    spec.streams[0].rate = rate;
+    spec.streams[0].scale = scale;
+    std::fill(std::begin(spec.streams[0].frame), std::end(spec.streams[0].frame), 0);
+    return spec;
+}
+
+void ExpectFrame(const CZeAviFileParser& parser, int32_t right, int32_t bottom) {
+    const CZeAviStreamHeader* header = parser.GetVideoStreamHeader();
+    ASSERT_NE(header, nullptr);
+    EXPECT_EQ(header->GetFrame().left, 0);
+    EXPECT_EQ(header->GetFrame().top, 0);
+    EXPECT_EQ(header->GetFrame().right, right);
+    EXPECT_EQ(header->GetFrame().bottom, bottom);
+}
+
+TEST(ParserHeader, EmptyDVFramesTakeThePictureSizeOfTheirRate) {
+    ParsedBytes pal(BuildAvi(DvHandlerSpec(25, 1)).bytes);
+    ASSERT_EQ(pal.parse, S_OK);
+    ExpectFrame(pal.parser, 720, 576);
+    EXPECT_EQ(pal.parser.GetMainHeader().GetWidth(), 720u);
+    EXPECT_EQ(pal.parser.GetMainHeader().GetHeight(), 576u);
+
+    ParsedBytes ntsc(BuildAvi(DvHandlerSpec(30000, 1001)).bytes);
+    ASSERT_EQ(ntsc.parse, S_OK);
+    ExpectFrame(ntsc.parser, 720, 480);
+    EXPECT_EQ(ntsc.parser.GetMainHeader().GetHeight(), 480u);
+
+    // Below 25 frames a second, or without a scale, the rectangle stays empty and so does nothing
+    // else step in.
+    for (const AviSpec& spec : {DvHandlerSpec(24, 1), DvHandlerSpec(25, 0)}) {
+        ParsedBytes slow(BuildAvi(spec).bytes);
+        ASSERT_EQ(slow.parse, S_OK);
+        ExpectFrame(slow.parser, 0, 0);
+        EXPECT_EQ(slow.parser.GetMainHeader().GetWidth(), 320u);
+    }
+}
+
+TEST(ParserHeader, AnInvertedRectangleTakesTheMainHeadersFrame) {
+    AviSpec spec = VideoSpec(2, 10);
+    spec.width = 640;
+    spec.height = 360;
+    const int16_t frame[4] = {100, 5, 100, 50};  // right not beyond left
+    std::copy(std::begin(frame), std::end(frame), spec.streams[0].frame);
+    ParsedBytes f(BuildAvi(spec).bytes);
+    ASSERT_EQ(f.parse, S_OK);
+    ExpectFrame(f.parser, 640, 360);
+
+    // Edges are 16-bit on disk and widened without sign.
+    const int16_t negative[4] = {-2, 0, 10, 10};
+    std::copy(std::begin(negative), std::end(negative), spec.streams[0].frame);
+    ParsedBytes wide(BuildAvi(spec).bytes);
+    ASSERT_EQ(wide.parse, S_OK);
+    ExpectFrame(wide.parser, 640, 360);  // left 65534 is beyond right 10
+}
+
+TEST(ParserHeader, OnlyPcmAudioStreamsAreKept) {
+    AviSpec spec = VideoSpec(0, 0);
+    spec.streams.push_back(CompressedAudioStream(0x55, 2, 44100));
+    spec.streams.push_back(PcmStream(2, 44100, 16));
+    spec.chunks = PatternChunks("00dc", 2, 10);
+    ParsedBytes f(BuildAvi(spec).bytes);
+    ASSERT_EQ(f.parse, S_OK);
+    ASSERT_EQ(f.parser.GetStreamCount(), 2u);
+    EXPECT_EQ(f.parser.GetAviFile().GetSkippedStreams(), 1u);
+    EXPECT_EQ(f.parser.GetFirstAudioStreamNumber(), 1u);
+    EXPECT_EQ(f.parser.GetAviFile().GetAudioStreams(), std::vector<uint32_t>{1});
+    ASSERT_NE(f.parser.GetAudioFormat(), nullptr);
+    EXPECT_EQ(f.parser.GetAudioFormat()->wFormatTag, 1);
+}
+
+TEST(ParserHeader, StreamsOfUnknownTypeAreLeftOut) {
+    AviSpec spec = VideoSpec(2, 10);
+    StreamSpec text;
+    text.fccType = "txts";
+    text.format = {1, 2, 3, 4};
+    spec.streams.push_back(text);
+    ParsedBytes f(BuildAvi(spec).bytes);
+    ASSERT_EQ(f.parse, S_OK);
+    EXPECT_EQ(f.parser.GetStreamCount(), 1u);
+    EXPECT_EQ(f.parser.GetAviFile().GetSkippedStreams(), 1u);
+}
+
+TEST(ParserHeader, NamesFormatsAndPositionsAreRecorded) {
+    AviSpec spec = VideoSpec(2, 10);
+    spec.streams[0].name = "Camera";
+    spec.streams[0].format = BitmapInfoFormat(32, 16, 8, "", 512, std::vector<uint8_t>(1024, 0x5A));
+    StreamSpec audio = PcmStream(1, 8000, 8);
+    audio.format = WaveFormat(1, 1, 8000, 8, {9, 9, 9, 9});  // cbSize 4 and four extra bytes
+    spec.streams.push_back(audio);
+    const AviLayout layout = BuildAvi(spec);
+    ParsedBytes f(layout.bytes);
+    ASSERT_EQ(f.parse, S_OK);
+
+    const CZeAviStreamList* video = f.parser.GetStream(0);
+    ASSERT_NE(video, nullptr);
+    EXPECT_EQ(video->GetStreamName(), "Camera");
+    EXPECT_EQ(video->GetID(), ZeOSAL::MakeFourCC("strl"));
+    EXPECT_EQ(video->GetOffset(), FindText(layout.bytes, "strl") + 4);
+    const CZeAviStreamFormat& format = video->GetFormat();
+    ASSERT_EQ(format.GetFormatBytes(), 1064u);
+    EXPECT_EQ(format.GetSize(), 1064u);
+    EXPECT_EQ(static_cast<const uint8_t*>(format.GetFormat())[1063], 0x5A);
+    EXPECT_EQ(format.GetBitmapInfoHeader()->biBitCount, 8);
+
+    const CZeAviStreamFormat& wave = f.parser.GetStream(1)->GetFormat();
+    ASSERT_EQ(wave.GetFormatBytes(), 22u);
+    EXPECT_EQ(wave.GetWaveFormat()->cbSize, 4);
+    const uint8_t* tail = static_cast<const uint8_t*>(wave.GetFormat()) + 18;
+    EXPECT_EQ(tail[0] | tail[1] | tail[2] | tail[3], 0);  // the extension is not taken from the file
+    EXPECT_EQ(f.parser.GetStream(1)->GetStreamName(), "");
+
+    EXPECT_EQ(f.parser.GetMainHeader().GetID(), ZeOSAL::MakeFourCC("avih"));
+    EXPECT_EQ(f.parser.GetAviFile().GetID(), ZeOSAL::MakeFourCC("hdrl"));
+    EXPECT_EQ(f.parser.GetAviFile().GetOffset(), FindText(layout.bytes, "hdrl") + 4);
+}
+
+TEST(ParserHeader, AStreamCountBeyondTheListsEndsAtTheFilesEnd) {
+    AviSpec spec = VideoSpec(2, 10);
+    spec.streamCount = 0xFFFFFFFFu;
+    ParsedBytes f(BuildAvi(spec).bytes);
+    EXPECT_EQ(f.parse, E_AVI_READ);
+    EXPECT_EQ(f.parser.GetStreamCount(), 1u);  // the one real stream was filed before the walk ran out
+}
+
+TEST(ParserHeader, FormatBlocksLargerThanTheFileAreRefusedUnread) {
+    for (const char* type : {"vids", "auds"}) {
+        AviSpec spec = VideoSpec(2, 10);
+        if (std::string(type) == "auds") spec.streams[0] = PcmStream(2, 48000, 16);
+        std::vector<uint8_t> bytes = BuildAvi(spec).bytes;
+        const size_t strf = FindText(bytes, "strf");
+        ASSERT_NE(strf, std::string::npos);
+        PatchU32(bytes, strf + 4, 0xFFFFFF00u);
+        ParsedBytes f(bytes);
+        EXPECT_EQ(f.parse, E_AVI_READ) << type;
+        const char* filler = std::string(type) == "vids" ? "FillVideoStreamFormatHeader" : "FillAudioStreamFormatHeader";
+        EXPECT_EQ(CountReports(E_AVI_READ, filler), 1) << type;
+    }
+}
+
+TEST(ParserHeader, MissingOrDamagedChunksOfAStreamListAreReadFailures) {
+    std::vector<uint8_t> bytes = BuildAvi(VideoSpec(2, 10)).bytes;
+    std::vector<uint8_t> noHeader = bytes;
+    std::memcpy(&noHeader[FindText(bytes, "strh")], "xxxx", 4);
+    ParsedBytes a(noHeader);
+    EXPECT_EQ(a.parse, E_AVI_READ);
+    EXPECT_EQ(CountReports(E_AVI_READ, "ParseStreamHeaderChunk"), 1);
+
+    std::vector<uint8_t> emptyFormat = bytes;
+    PatchU32(emptyFormat, FindText(bytes, "strf") + 4, 0);
+    ParsedBytes b(emptyFormat);
+    EXPECT_EQ(b.parse, E_AVI_READ);
+    EXPECT_EQ(CountReports(E_AVI_READ, "ParseStreamFormatChunk"), 1);
+
+    std::vector<uint8_t> emptyMain = bytes;
+    PatchU32(emptyMain, FindText(bytes, "avih") + 4, 0);
+    ParsedBytes c(emptyMain);
+    EXPECT_EQ(c.parse, E_AVI_READ);
+    EXPECT_EQ(CountReports(E_AVI_READ, "ParseHeaderChunk"), 1);
+}
+
+TEST(ParserHeader, CutOffHeadersFailWithoutCrashing) {
+    const std::vector<uint8_t> bytes = BuildAvi(VideoAndPcmSpec(3, 64, 32)).bytes;
+    const size_t movi = FindText(bytes, "movi");
+    for (size_t cut = 12; cut < movi; cut += 7) {
+        std::vector<uint8_t> part(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(cut));
+        ParsedBytes f(part);
+        EXPECT_LT(f.parse, 0) << "cut at " << cut;
+        EXPECT_FALSE(f.parser.IsParsed());
+    }
+}
+
+}  // namespace
+}  // namespace zetest

@@ -1,0 +1,253 @@
+// Index building: idx1 offsets of both kinds and the base found by the first-video-chunk scan,
+// idx1 entries of odd names and foreign streams, OpenDML key-frame bits and bounds, and which
+// index wins.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+#include "tests/avi/parser_test_support.h"
+
+namespace zetest {
+namespace {
+
+std::vector<uint64_t> Positions(const CZeAviFileParser& parser, uint32_t stream) {
+    std::vector<uint64_t> out;
+    const CZeAviStreamList* list = parser.GetStream(stream);
+    if (list == nullptr) return out;
+    for (const CZeAviIndexChunk& e : list->GetIndexList().Entries()) out.push_back(e.GetPosition());
+    return out;
+}
+
+std::vector<uint64_t> DataPositions(const AviSpec& spec, const AviLayout& layout, const std::string& type) {
+    std::vector<uint64_t> out;
+    for (size_t i = 0; i < spec.chunks.size(); ++i) {
+        if (spec.chunks[i].ckid.substr(2) == type && spec.chunks[i].indexed) out.push_back(layout.dataPos[i]);
+    }
+    return out;
+}
+
+TEST(ParserIndex, Idx1OffsetsFromMoviAndFromTheFileStartGiveTheSamePositions) {
+    for (Idx1 kind : {Idx1::FromMovi, Idx1::Absolute}) {
+        const AviSpec spec = VideoAndPcmSpec(6, 101, 64, kind);
+        const AviLayout layout = BuildAvi(spec);
+        ParsedBytes f(layout.bytes);
+        ASSERT_EQ(f.parse, S_OK);
+        EXPECT_EQ(Positions(f.parser, 0), DataPositions(spec, layout, "dc"));
+        EXPECT_EQ(Positions(f.parser, 1), DataPositions(spec, layout, "wb"));
+        const CZeAviIndexListChunk& audio = f.parser.GetStream(1)->GetIndexList();
+        const CZeAviIndexListChunk& video = f.parser.GetStream(0)->GetIndexList();
+        // Audio entries keep the resolved position in both fields, frames their index offset.
+        EXPECT_EQ(audio.At(0).GetOffset(), audio.At(0).GetPosition());
+        const uint64_t header = layout.headerPos[2];
+        EXPECT_EQ(video.At(1).GetOffset(), kind == Idx1::Absolute ? header : header - (layout.moviListPos[0] + 8));
+        EXPECT_EQ(video.At(0).GetSize(), 101u);
+        EXPECT_EQ(video.At(0).GetChunkId(), ZeOSAL::MakeFourCC("00dc"));
+        EXPECT_EQ(video.At(0).GetFlags(), 0x10u);
+    }
+}
+
+TEST(ParserIndex, Idx1NamesAreReadLikeAtoiAndTypesSortTheEntries) {
+    AviSpec spec = VideoAndPcmSpec(2, 20, 16);
+    spec.extraIdx1 = {
+        {"0Adc", 0, 4, 7},    // stream 0 (the letter ends the number), a frame
+        {"ix00", 0, 4, 7},    // an index chunk's name: not a frame, not audio
+        {"00XY", 0, 4, 7},    // unknown type
+        {"01WB", 0, 4, 9},    // audio, type compared without case
+        {"00__", 0, 4, 11},   // frame of an interleaved stream
+        {"05dc", 0, 4, 13},   // no stream 5 in a file of 2
+        {"-1dc", 0, 4, 13},   // negative: no such stream either
+    };
+    ParsedBytes f(BuildAvi(spec).bytes);
+    ASSERT_EQ(f.parse, S_OK);
+    const CZeAviIndexListChunk& video = f.parser.GetStream(0)->GetIndexList();
+    const CZeAviIndexListChunk& audio = f.parser.GetStream(1)->GetIndexList();
+    ASSERT_EQ(video.GetCount(), 4u);
+    ASSERT_EQ(audio.GetCount(), 3u);
+    EXPECT_EQ(video.At(2).GetChunkId(), ZeOSAL::MakeFourCC("0Adc"));
+    EXPECT_EQ(video.At(2).GetSize(), 7u);
+    EXPECT_EQ(video.At(3).GetSize(), 11u);
+    EXPECT_EQ(audio.At(2).GetSize(), 9u);
+    EXPECT_EQ(CountReports(E_AVI_STREAMINDEX, "ParseStreamIdx1Chunk"), 2);
+}
+
+TEST(ParserIndex, Idx1IgnoresATrailingPartialEntryAndRejectsAnEmptyOne) {
+    const AviLayout layout = BuildAvi(VideoSpec(3, 10));
+    std::vector<uint8_t> bytes = layout.bytes;
+    bytes.insert(bytes.end(), {1, 2, 3, 4, 5});
+    PatchU32(bytes, layout.idx1Pos + 4, 3 * 16 + 5);
+    ParsedBytes f(bytes);
+    ASSERT_EQ(f.parse, S_OK);
+    EXPECT_EQ(f.parser.GetVideoFrameCount(), 3u);
+
+    // An idx1 of size 0 is not read at all; an idx1 claiming more than the file holds is a short read.
+    std::vector<uint8_t> empty = layout.bytes;
+    PatchU32(empty, layout.idx1Pos + 4, 0);
+    ParsedBytes e(empty);
+    EXPECT_EQ(e.parse, S_OK);
+    EXPECT_EQ(e.parser.GetVideoFrameCount(), 0u);
+
+    std::vector<uint8_t> huge = layout.bytes;
+    PatchU32(huge, layout.idx1Pos + 4, 0xFFFFFFF0u);
+    ParsedBytes h(huge);
+    EXPECT_EQ(h.parse, E_AVI_READ);
+    EXPECT_EQ(CountReports(E_AVI_READ, "ParseStreamIdx1Chunk"), 1);
+}
+
+// What a scan that seeks to every position and reads 4 bytes there finds.
+uint64_t ScanOneByOne(const std::vector<uint8_t>& bytes, uint64_t start) {
+    for (uint64_t p = start; p < start + 0x400000 && p + 4 <= bytes.size(); ++p) {
+        const uint8_t* q = &bytes[p];
+        if (q[0] == '0' && q[1] == '0' && std::tolower(q[2]) == 'd' && (std::tolower(q[3]) == 'b' || std::tolower(q[3]) == 'c'))
+            return p + 8;
+    }
+    return 0;
+}
+
+// Absolute idx1 offsets are resolved through the first "00db"/"00dc" the scan meets from the
+// 'movi' list on; the scan reads in windows, so names on and around window edges are tried.
+TEST(ParserIndex, FirstVideoChunkScanFindsWhatAByteByByteScanFinds) {
+    const size_t movePositions[] = {0, 65511, 65512, 65513, 65514, 65515, 65516, 131045, 131046, 131047};
+    for (size_t junk : movePositions) {
+        for (bool decoy : {false, true}) {
+            AviSpec spec = VideoSpec(0, 0, Idx1::Absolute);
+            std::vector<uint8_t> filler(junk, 0);
+            if (decoy && junk >= 8) std::memcpy(&filler[junk - 6], "00DB", 4);  // a name inside other data
+            ChunkSpec skip{"JUNK", filler};
+            skip.indexed = false;
+            spec.chunks.push_back(skip);
+            for (ChunkSpec& c : PatternChunks("00dc", 3, 30)) spec.chunks.push_back(c);
+            const AviLayout layout = BuildAvi(spec);
+            const uint64_t found = ScanOneByOne(layout.bytes, layout.moviListPos[0]);
+            ASSERT_NE(found, 0u);
+            ParsedBytes f(layout.bytes);
+            ASSERT_EQ(f.parse, S_OK) << junk;
+            const std::vector<uint64_t> positions = Positions(f.parser, 0);
+            ASSERT_EQ(positions.size(), 3u);
+            // The first entry's offset is its chunk's position in the file.
+            const uint64_t shift = found - (layout.headerPos[1] + 8);
+            for (size_t i = 0; i < 3; ++i) EXPECT_EQ(positions[i], layout.dataPos[i + 1] + shift) << junk << " " << decoy;
+            EXPECT_EQ(shift == 0, !decoy || junk < 8);
+        }
+    }
+}
+
+TEST(ParserIndex, FirstVideoChunkBeyondTheScanRangeLeavesTheStartingBase) {
+    AviSpec spec = VideoSpec(0, 0, Idx1::Absolute);
+    ChunkSpec skip{"JUNK", std::vector<uint8_t>(0x400000, 0)};
+    skip.indexed = false;
+    spec.chunks.push_back(skip);
+    for (ChunkSpec& c : PatternChunks("00dc", 2, 30)) spec.chunks.push_back(c);
+    const AviLayout layout = BuildAvi(spec);
+    ASSERT_EQ(ScanOneByOne(layout.bytes, layout.moviListPos[0]), 0u);
+    ParsedBytes f(layout.bytes);
+    ASSERT_EQ(f.parse, S_OK);
+    // The offsets are taken as counted from 'movi': the positions land past the real chunks.
+    EXPECT_EQ(Positions(f.parser, 0)[0], layout.headerPos[1] + layout.moviListPos[0] + 16);
+}
+
+AviSpec OdmlSpec(size_t frames, uint32_t entriesPerIx) {
+    AviSpec spec = VideoSpec(frames, 40, Idx1::None);
+    spec.streams[0].superIndex = SuperIndex::Full;
+    spec.entriesPerIx = entriesPerIx;
+    for (size_t i = 0; i < frames; ++i) spec.chunks[i].flags = (i % 3 == 0) ? kAviKeyFrame : 0;
+    return spec;
+}
+
+TEST(ParserIndex, StandardIndexEntriesCarryTheKeyFrameBitInTheirSize) {
+    const AviSpec spec = OdmlSpec(9, 4);
+    const AviLayout layout = BuildAvi(spec);
+    ParsedBytes f(layout.bytes);
+    ASSERT_EQ(f.parse, S_OK);
+    const CZeAviIndexListChunk& index = f.parser.GetStream(0)->GetIndexList();
+    ASSERT_EQ(index.GetCount(), 9u);
+    for (size_t i = 0; i < 9; ++i) {
+        EXPECT_EQ(index.At(i).GetPosition(), layout.dataPos[i]);
+        EXPECT_EQ(index.At(i).GetSize(), 40u) << i;
+        EXPECT_EQ(index.At(i).GetFlags(), i % 3 == 0 ? 0x10u : 0u) << i;
+        EXPECT_EQ(index.At(i).GetChunkId(), ZeOSAL::MakeFourCC("00dc"));
+    }
+    EXPECT_EQ(index.GetID(), ZeOSAL::MakeFourCC("indx"));
+    EXPECT_EQ(index.GetOffset(), FindText(layout.bytes, "indx") + 8);
+
+    // The bit leaves the size only when the size word exceeds the suggested buffer size; with a
+    // suggested size above 0x80000000 it stays in the non-key sizes.
+    AviSpec big = spec;
+    big.suggestedBufferSize = 0x90000000u;
+    ParsedBytes g(BuildAvi(big).bytes);
+    ASSERT_EQ(g.parse, S_OK);
+    EXPECT_EQ(g.parser.GetStream(0)->GetIndexList().At(1).GetSize(), 0x80000028u);
+    EXPECT_EQ(g.parser.GetStream(0)->GetIndexList().At(0).GetSize(), 40u);
+}
+
+TEST(ParserIndex, OversizedStandardIndexesFailWithTheStreamIndexCode) {
+    const AviLayout layout = BuildAvi(OdmlSpec(4, 0));
+    for (uint32_t entries : {67108865u, 0x20000001u, 0xFFFFFFFFu}) {
+        std::vector<uint8_t> bytes = layout.bytes;
+        PatchU32(bytes, layout.ixPos[0][0] + 12, entries);
+        ParsedBytes f(bytes);
+        EXPECT_EQ(f.parse, E_AVI_STREAMINDEX) << entries;
+        EXPECT_EQ(CountReports(E_AVI_STREAMINDEX, "FillSuperIndex"), 1) << entries;
+    }
+    // Within the bound but beyond the file: a short read, found before anything is allocated.
+    std::vector<uint8_t> bytes = layout.bytes;
+    PatchU32(bytes, layout.ixPos[0][0] + 12, 67108864u);
+    ParsedBytes f(bytes);
+    EXPECT_LT(f.parse, 0);
+}
+
+// Super index entries that all name the same standard index would grow the index without end;
+// the index stops at the number of 8-byte entries the file could hold.
+TEST(ParserIndex, RepeatedStandardIndexesStopAtTheFilesCapacity) {
+    const AviLayout layout = BuildAvi(OdmlSpec(400, 1));
+    std::vector<uint8_t> bytes = layout.bytes;
+    const uint64_t first = layout.ixPos[0][0];
+    const uint32_t entries = static_cast<uint32_t>(bytes.size() / 8 / 50);
+    PatchU32(bytes, first + 12, entries);  // its array now runs on through the following chunks
+    const size_t indx = FindText(bytes, "indx");
+    for (size_t i = 0; i < 400; ++i) PatchU64(bytes, indx + 32 + 16 * i, first);
+    ParsedBytes f(bytes);
+    EXPECT_EQ(f.parse, E_AVI_STREAMINDEX);
+    EXPECT_EQ(CountReports(E_AVI_STREAMINDEX, "FillSuperIndex"), 1);
+}
+
+TEST(ParserIndex, AnEmptySuperIndexOnThePrincipalStreamFallsBackToIdx1) {
+    AviSpec spec = VideoAndPcmSpec(4, 30, 16);
+    spec.streams[0].superIndex = SuperIndex::Empty;
+    const AviLayout layout = BuildAvi(spec);
+    ParsedBytes f(layout.bytes);
+    ASSERT_EQ(f.parse, S_OK);
+    EXPECT_EQ(Positions(f.parser, 0), DataPositions(spec, layout, "dc"));
+    EXPECT_EQ(f.parser.GetStream(1)->GetIndexList().GetCount(), 4u);
+}
+
+TEST(ParserIndex, ASuperIndexOnThePrincipalStreamKeepsIdx1Unread) {
+    AviSpec spec = VideoAndPcmSpec(4, 30, 16);
+    spec.streams[0].superIndex = SuperIndex::Full;
+    ParsedBytes f(BuildAvi(spec).bytes);
+    ASSERT_EQ(f.parse, S_OK);
+    EXPECT_EQ(f.parser.GetVideoFrameCount(), 4u);
+    EXPECT_EQ(f.parser.GetStream(1)->GetIndexList().GetCount(), 0u);  // the audio had only idx1
+}
+
+TEST(ParserIndex, SuperIndexesSpanSeveralRiffParts) {
+    AviSpec spec = OdmlSpec(10, 3);
+    spec.streams.push_back(PcmStream(1, 8000, 16));
+    spec.streams[1].superIndex = SuperIndex::Full;
+    for (size_t i = 0; i < 10; ++i) {
+        spec.chunks[i].part = i < 5 ? 0 : 1;
+        ChunkSpec pcm{"01wb", PatternBytes(50, static_cast<uint32_t>(i))};
+        pcm.part = spec.chunks[i].part;
+        spec.chunks.push_back(pcm);
+    }
+    spec.ixInsideMovi = false;
+    const AviLayout layout = BuildAvi(spec);
+    ParsedBytes f(layout.bytes);
+    ASSERT_EQ(f.parse, S_OK);
+    EXPECT_EQ(Positions(f.parser, 0), DataPositions(spec, layout, "dc"));
+    EXPECT_EQ(Positions(f.parser, 1), DataPositions(spec, layout, "wb"));
+}
+
+}  // namespace
+}  // namespace zetest

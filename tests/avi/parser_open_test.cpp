@@ -1,0 +1,168 @@
+// Opening and validating files: the quick signature check, the full parse's early failures, the
+// unpadded chunk walk, re-opening and validity.
+#include <gtest/gtest.h>
+
+#include "tests/avi/parser_test_support.h"
+
+namespace zetest {
+namespace {
+
+std::vector<uint8_t> Head(const std::string& riff, const std::string& form) {
+    std::vector<uint8_t> bytes(riff.begin(), riff.end());
+    bytes.insert(bytes.end(), {4, 0, 0, 0});
+    bytes.insert(bytes.end(), form.begin(), form.end());
+    return bytes;
+}
+
+TEST(ParserOpen, QuickCheckTakesRiffAviInAnyCaseAndTheExtensionForm) {
+    for (const char* form : {"AVI ", "AVIX", "avi ", "AvI\x19"}) {
+        TempFile file(Head("RIFF", form));
+        CZeAviFileParser parser;
+        EXPECT_EQ(parser.Parse(file.c_str()), S_OK) << form;
+        EXPECT_FALSE(parser.IsOpen());
+        EXPECT_FALSE(parser.IsParsed());
+    }
+    TempFile lower(Head("riff", "AVI "));
+    CZeAviFileParser parser;
+    EXPECT_EQ(parser.Parse(lower.c_str()), S_OK);
+}
+
+TEST(ParserOpen, QuickCheckRejectsOtherSignatures) {
+    for (const auto& head : {Head("RIFF", "WAVE"), Head("RIFX", "AVI "), Head("LIST", "AVI ")}) {
+        TempFile file(head);
+        CZeAviFileParser parser;
+        SetErrorContext("");
+        EXPECT_EQ(parser.Parse(file.c_str()), E_AVI_NOVALIDFILE);
+        EXPECT_EQ(CountReports(E_AVI_NOVALIDFILE, "Parse"), 1);
+        EXPECT_FALSE(parser.IsOpen());
+    }
+}
+
+TEST(ParserOpen, FilesOfOneToElevenBytesPassTheQuickCheckButNotTheFullParse) {
+    for (size_t n = 1; n < 12; ++n) {
+        std::vector<uint8_t> bytes = Head("RIFF", "WAVE");
+        bytes.resize(n);
+        TempFile file(bytes);
+        CZeAviFileParser check;
+        EXPECT_EQ(check.Parse(file.c_str()), S_OK) << n;
+
+        ParsedBytes full(bytes);
+        EXPECT_EQ(full.parse, E_AVI_READ) << n;
+        EXPECT_FALSE(full.parser.IsParsed());
+    }
+}
+
+TEST(ParserOpen, MissingFileFailsToOpen) {
+    CZeAviFileParser parser;
+    SetErrorContext("");
+    EXPECT_EQ(parser.Parse("/nonexistent/dir/clip.avi"), E_AVI_OPEN);
+    EXPECT_EQ(CountReports(E_AVI_OPEN, "OpenAVIFile"), 1);
+    EXPECT_EQ(parser.OpenAVIFile("/nonexistent/dir/clip.avi"), E_AVI_OPEN);
+}
+
+TEST(ParserOpen, AParsedFileAnswersTheQuickCheckForAnyPath) {
+    ParsedBytes f(BuildAvi(VideoSpec(3, 100)).bytes);
+    ASSERT_EQ(f.parse, S_OK);
+    EXPECT_TRUE(f.parser.IsParsed());
+    EXPECT_EQ(f.parser.Parse("/nonexistent/dir/clip.avi"), S_OK);
+    EXPECT_EQ(f.parser.Parse(), S_OK);
+    EXPECT_TRUE(f.parser.IsOpen());
+}
+
+TEST(ParserOpen, OpeningTheOpenPathKeepsTheParseAndAnotherPathResets) {
+    ParsedBytes f(BuildAvi(VideoSpec(3, 100)).bytes);
+    ASSERT_EQ(f.parse, S_OK);
+    EXPECT_EQ(f.parser.OpenAVIFile(f.file.c_str()), S_OK);
+    EXPECT_TRUE(f.parser.IsParsed());
+    EXPECT_EQ(f.parser.GetVideoFrameCount(), 3u);
+
+    TempFile other(BuildAvi(VideoSpec(5, 10)).bytes);
+    EXPECT_EQ(f.parser.OpenAVIFile(other.c_str()), S_OK);
+    EXPECT_FALSE(f.parser.IsParsed());
+    EXPECT_EQ(f.parser.GetStreamCount(), 0u);
+    EXPECT_EQ(f.parser.GetFileName(), other.Path());
+    EXPECT_EQ(f.parser.Parse(), S_OK);
+    EXPECT_EQ(f.parser.GetVideoFrameCount(), 5u);
+
+    f.parser.Reset();
+    EXPECT_FALSE(f.parser.IsOpen());
+    EXPECT_TRUE(f.parser.GetFileName().empty());
+}
+
+TEST(ParserOpen, FullParseChecksTheSignature) {
+    AviSpec spec = VideoSpec(2, 10);
+    spec.formType = "AVIX";
+    EXPECT_EQ(ParsedBytes(BuildAvi(spec).bytes).parse, S_OK);
+    spec.formType = "WAVE";
+    ParsedBytes wave(BuildAvi(spec).bytes);
+    EXPECT_EQ(wave.parse, E_AVI_NOVALIDFILE);
+    EXPECT_EQ(CountReports(E_AVI_NOVALIDFILE, "Parse"), 1);
+}
+
+TEST(ParserOpen, WithoutAHeaderListTheWalkRunsOffTheEnd) {
+    LeBytes out;
+    const size_t riff = out.BeginList("RIFF", "AVI ");
+    const size_t movi = out.BeginList("LIST", "movi");
+    out.EndChunk(movi);
+    out.EndChunk(riff);
+    ParsedBytes f(out.Take());
+    EXPECT_EQ(f.parse, E_AVI_READ);
+    EXPECT_EQ(CountReports(E_AVI_READ, "FindListChunk"), 1);
+}
+
+// Chunk walks step by size + 8 without rounding odd sizes up: a padded odd chunk before the
+// header list puts the walk one byte early, an unpadded one is walked correctly.
+TEST(ParserOpen, OddChunksAreWalkedWithoutPadding) {
+    AviSpec spec = VideoSpec(2, 10);
+    spec.beforeHeader = {ChunkSpec{"JUNK", {1, 2, 3}}};
+    spec.beforeHeader[0].pad = true;
+    EXPECT_LT(ParsedBytes(BuildAvi(spec).bytes).parse, 0);
+    spec.beforeHeader[0].pad = false;
+    ParsedBytes unpadded(BuildAvi(spec).bytes);
+    EXPECT_EQ(unpadded.parse, S_OK);
+    EXPECT_EQ(unpadded.parser.GetVideoFrameCount(), 2u);
+}
+
+TEST(ParserOpen, ValidityNeedsAParseAndAStream) {
+    CZeAviFileParser idle;
+    SetErrorContext("");
+    EXPECT_EQ(idle.IsValidAVIFile(), E_AVI_PARSE);
+    EXPECT_EQ(CountReports(E_AVI_PARSE, "IsValidAVIFile"), 1);
+
+    AviSpec none = VideoSpec(0, 0);
+    none.streams.clear();
+    ParsedBytes empty(BuildAvi(none).bytes);
+    ASSERT_EQ(empty.parse, S_OK);
+    EXPECT_EQ(empty.parser.GetStreamCount(), 0u);
+    EXPECT_EQ(empty.parser.IsValidAVIFile(), E_AVI_NOVALIDFILE);
+
+    ParsedBytes good(BuildAvi(VideoSpec(2, 10)).bytes);
+    EXPECT_EQ(good.parser.IsValidAVIFile(), S_OK);
+}
+
+TEST(ParserOpen, ReadAndSeekWrappersReportTheirFailures) {
+    ParsedBytes f(BuildAvi(VideoSpec(1, 10)).bytes);
+    SetErrorContext("");
+    uint64_t count = 4;
+    uint64_t got = 99;
+    EXPECT_EQ(f.parser.Read(nullptr, &count, &got), E_POINTER);
+    EXPECT_EQ(CountReports(E_POINTER, "Read"), 1);
+
+    uint64_t position = 0xFFFFFFFFull;  // a position whose low word reads as the failure value
+    uint32_t method = FILE_BEGIN;
+    EXPECT_EQ(f.parser.Seek(&position, &method), E_AVI_SEEK);
+    EXPECT_EQ(CountReports(E_AVI_SEEK, "Seek"), 1);
+
+    position = f.parser.GetFileSize() - 2;
+    ASSERT_EQ(f.parser.Seek(&position, &method), S_OK);
+    uint8_t buffer[8];
+    EXPECT_EQ(f.parser.Read(buffer, &count, &got), S_OK);  // short, not an error here
+    EXPECT_EQ(got, 2u);
+    position = f.parser.GetFileSize() + 10;
+    ASSERT_EQ(f.parser.Seek(&position, &method), S_OK);
+    EXPECT_EQ(f.parser.Read(buffer, &count, &got), E_AVI_READ);
+    EXPECT_EQ(got, 0u);
+}
+
+}  // namespace
+}  // namespace zetest
