@@ -1,0 +1,162 @@
+#include "host/host_module.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+typedef HRESULT (*GetClassObjectFn)(REFCLSID, REFIID, void**);
+typedef HRESULT (*RegisterFn)();
+
+#ifdef _WIN32
+constexpr const char* kModuleFileName = "ZEAviReader.dll";
+#else
+constexpr const char* kModuleFileName = "libzeavireader.so";
+#endif
+
+template <class Fn>
+Fn Export(HMODULE module, const char* name) {
+    // The generic function pointer is cast to the export's real type.
+    return reinterpret_cast<Fn>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+HMODULE LoadModule(const std::string& path) {
+    HMODULE module = LoadLibraryA(path.c_str());
+    if (!module)
+        throw HostError(HRESULT_FROM_WIN32(GetLastError()), "loading the module " + path);
+    return module;
+}
+
+}  // namespace
+
+HRESULT STDMETHODCALLTYPE HostLog::QueryInterface(REFIID iid, void** object) {
+    if (!object) return E_POINTER;
+    if (!IsEqualIID(iid, IID_IUnknown)) return E_NOINTERFACE;
+    *object = this;
+    AddRef();
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE HostLog::WriteLogLine(const char* line, LONG) {
+    if (!line) return E_POINTER;
+    std::string text(line);
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+    if (m_echo) std::fprintf(stderr, "%s\n", text.c_str());
+    m_lines.push_back(std::move(text));
+    return S_OK;
+}
+
+std::string HostLog::LastReport() const { return m_lines.empty() ? std::string() : ReportSummary(m_lines.back()); }
+
+HRESULT HostLog::LastCode() const {
+    if (m_lines.empty()) return E_FAIL;
+    const std::string& line = m_lines.back();
+    const size_t open = line.find('[');
+    if (open == std::string::npos) return E_FAIL;
+    return static_cast<HRESULT>(std::strtoul(line.c_str() + open + 1, nullptr, 16));
+}
+
+std::string ReportSummary(const std::string& line) {
+    // "AVI Reader :: [80040012] no valid avi file ### CZeAviFileParser::Parse ### context"
+    const size_t open = line.find('[');
+    const size_t close = line.find("] ", open == std::string::npos ? 0 : open);
+    const size_t first = line.find(" ### ", close == std::string::npos ? 0 : close);
+    if (open == std::string::npos || close == std::string::npos || first == std::string::npos) return {};
+    const std::string message = line.substr(close + 2, first - close - 2);
+    const size_t second = line.find(" ### ", first + 5);
+    const std::string where = line.substr(first + 5, second == std::string::npos ? std::string::npos : second - first - 5);
+    return "\"" + message + "\" in " + where;
+}
+
+const char* StatusName(HRESULT code) {
+    struct Name {
+        uint32_t code;
+        const char* name;
+    };
+    static const Name kNames[] = {
+        {0x80004001u, "E_NOTIMPL"},         {0x80004002u, "E_NOINTERFACE"},
+        {0x80004003u, "E_POINTER"},         {0x80004004u, "E_ABORT"},
+        {0x80004005u, "E_FAIL"},            {0x80070006u, "E_HANDLE"},
+        {0x8007000Eu, "E_OUTOFMEMORY"},     {0x80070057u, "E_INVALIDARG"},
+        {0x80070002u, "ERROR_FILE_NOT_FOUND"}, {0x8007007Eu, "ERROR_MOD_NOT_FOUND"},
+        {0x8007007Fu, "ERROR_PROC_NOT_FOUND"}, {0x800700C1u, "ERROR_BAD_EXE_FORMAT"},
+        {0x80040154u, "REGDB_E_CLASSNOTREG"}, {0x80040201u, "SELFREG_E_CLASS"},
+        {0x80040012u, "E_AVI_NOVALIDFILE"}, {0x80040013u, "E_AVI_OPEN"},
+        {0x80040014u, "E_AVI_READ"},        {0x80040015u, "E_AVI_SEEK"},
+        {0x80040016u, "E_AVI_CLOSE"},       {0x80040018u, "E_AVI_VIDEOSTREAMHEADER"},
+        {0x80040019u, "E_AVI_VIDEOFORMATHEADER"}, {0x8004001Au, "E_AVI_AUDIOSTREAMHEADER"},
+        {0x8004001Bu, "E_AVI_AUDIOFORMATHEADER"}, {0x8004001Cu, "E_AVI_COLORSPACE"},
+        {0x8004001Du, "E_AVI_STREAMINDEX"}, {0x8004001Eu, "E_AVI_PARSE"},
+        {0x8004001Fu, "E_AVI_NOFRAME"},     {0x80040020u, "E_AVI_DECODER"},
+    };
+    for (const Name& n : kNames)
+        if (n.code == static_cast<uint32_t>(code)) return n.name;
+    return "";
+}
+
+std::string DefaultModulePath() {
+    char self[MAX_PATH + 1] = {};
+    const DWORD length = GetModuleFileNameA(GetModuleHandleA(nullptr), self, MAX_PATH);
+    std::string path(self, length);
+    const size_t slash = path.find_last_of("/\\");
+    return (slash == std::string::npos ? std::string() : path.substr(0, slash + 1)) + kModuleFileName;
+}
+
+ModuleSession::ModuleSession(const ModuleOptions& options) {
+    m_log.SetEcho(options.verbose);
+    const HRESULT started = CoInitialize(nullptr);
+    if (FAILED(started)) throw HostError(started, "initialising COM");
+    m_com.started = true;
+
+    ComPtr<IUnknown> object;
+    if (options.byClassId) {
+        const HRESULT hr = CoCreateInstance(CLSID_ZEAviReaderModule, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown,
+                                            object.Out());
+        if (FAILED(hr))
+            throw HostError(hr, "creating the module's object by its class id (run `avihost register` first)");
+    } else {
+        const std::string path = options.modulePath.empty() ? DefaultModulePath() : options.modulePath;
+        m_library.handle = LoadModule(path);
+        auto getClassObject = Export<GetClassObjectFn>(m_library.handle, "DllGetClassObject");
+        if (!getClassObject) throw HostError(HRESULT_FROM_WIN32(ERROR_PROC_NOT_FOUND), "finding DllGetClassObject in " + path);
+        ComPtr<IClassFactory> factory;
+        HRESULT hr = getClassObject(CLSID_ZEAviReaderModule, IID_IClassFactory, factory.Out());
+        if (FAILED(hr)) throw HostError(hr, "getting the module's class factory");
+        hr = factory->CreateInstance(nullptr, IID_IUnknown, object.Out());
+        if (FAILED(hr)) throw HostError(hr, "creating the module's object");
+    }
+    const struct {
+        REFIID iid;
+        void** slot;
+        const char* name;
+    } wanted[] = {
+        {IID_IZEVideoStream, m_video.Out(), "IZEVideoStream"},
+        {IID_IZEClientServerExchange2, m_exchange.Out(), "IZEClientServerExchange2"},
+        {IID_IZEVideoImportPlugIn, m_plugIn.Out(), "IZEVideoImportPlugIn"},
+        {IID_IZEStatus, m_status.Out(), "IZEStatus"},
+        {IID_IZEBasicAudioReader, m_audio.Out(), "IZEBasicAudioReader"},
+        {IID_IZERawStream, m_raw.Out(), "IZERawStream"},
+    };
+    for (const auto& w : wanted) {
+        const HRESULT hr = object->QueryInterface(w.iid, w.slot);
+        if (FAILED(hr)) throw HostError(hr, std::string("asking the module's object for ") + w.name);
+    }
+    ZeHostParams params{};
+    params.flags = ZE_HOSTPARAM_USE_LOG;
+    params.hostLog = &m_log;
+    Check(m_status->SetHostParams(&params), "handing the host log to the module");
+}
+
+void ModuleSession::Check(HRESULT code, const std::string& what) const {
+    if (FAILED(code)) throw HostError(code, what, m_log.LastReport());
+}
+
+HRESULT RunRegistration(const ModuleOptions& options, bool registerServer) {
+    const std::string path = options.modulePath.empty() ? DefaultModulePath() : options.modulePath;
+    HMODULE module = LoadModule(path);
+    auto run = Export<RegisterFn>(module, registerServer ? "DllRegisterServer" : "DllUnregisterServer");
+    const HRESULT hr = run ? run() : HRESULT_FROM_WIN32(ERROR_PROC_NOT_FOUND);
+    FreeLibrary(module);
+    return hr;
+}
