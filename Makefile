@@ -31,13 +31,13 @@ demo: build
 fuzz:
 	@ZE_WITH_CLANG=1 scripts/install-deps
 	@CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZE_FUZZ=ON -DZE_TESTS=OFF >/dev/null
-	@cmake --build build-fuzz -j $(JOBS)
+	@cmake --build build-fuzz -j $(JOBS) --target fuzz_avi_parser fuzz_make_seeds
 	@scripts/run-fuzz build-fuzz $(FUZZ_SECONDS)
 
 bench:
 	@scripts/install-deps
 	@cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DZE_BENCH=ON -DZE_TESTS=OFF >/dev/null
-	@cmake --build build-bench -j $(JOBS)
+	@cmake --build build-bench -j $(JOBS) --target bench_index_open bench_first_video_scan bench_frame_access
 	@scripts/run-bench build-bench
 
 clean:

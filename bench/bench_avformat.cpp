@@ -13,6 +13,7 @@ class AvInput {
 public:
     explicit AvInput(const std::string& path)
     {
+        av_log_set_level(AV_LOG_ERROR);
         if (avformat_open_input(&m_ctx, path.c_str(), nullptr, nullptr) < 0)
             throw std::runtime_error("libavformat cannot open " + path);
     }
