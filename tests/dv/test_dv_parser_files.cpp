@@ -36,6 +36,26 @@ std::vector<uint8_t> Type1File(const std::vector<std::vector<uint8_t>>& frames, 
     return zetest::BuildAvi(spec).bytes;
 }
 
+// Keeps what the module writes into the host's log.
+struct CapturedLog : public IZEHostLog {
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE Reserved3() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE Reserved4() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE Reserved5() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE Reserved6() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE Reserved7() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE Reserved8() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE WriteLogLine(const char* line, LONG) override {
+        text += line;
+        return S_OK;
+    }
+    CapturedLog() { SetHostLog(this); }
+    ~CapturedLog() { SetHostLog(nullptr); }
+    std::string text;
+};
+
 struct OpenedFile {
     explicit OpenedFile(const std::vector<uint8_t>& bytes) : file(bytes) {
         EXPECT_EQ(parser.OpenAVIFile(file.c_str()), S_OK);
@@ -110,9 +130,12 @@ TEST(DVParserSteps, FramesTooSmallForPacksAndRatesBelowOneFrameASecond) {
     // Fewer than one frame a second: the file opens without a DV sound stream, and says why.
     std::vector<std::vector<uint8_t>> frames(2, CamcorderFrame(1, 24).bytes);
     {
+        CapturedLog log;
         OpenedFile f(Type1File(frames, true, 1, 2));
         EXPECT_EQ(f.parsed, S_OK);
         EXPECT_EQ(f.parser.GetAudioFormat(), nullptr);
+        EXPECT_NE(log.text.find("rate 1 / scale 2 is below one frame per second: no audio stream"), std::string::npos)
+            << log.text;
         EXPECT_STREQ(f.parser.GetDVVideoParams().recordingDateTime, "7.6.2003 21:15:8");
     }
     {
