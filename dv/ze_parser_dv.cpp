@@ -30,12 +30,14 @@ void FrameExtent(const CZeAviIndexListChunk& index, uint64_t entry, uint64_t* po
     *size = e.GetSize();
 }
 
-// A zeroed frame buffer of `size` bytes for the two parameter steps; reports under `method`.
-HRESULT AllocateFrame(uint32_t size, std::vector<uint8_t>* frame, const char* method) {
+// A zeroed frame buffer for the two parameter steps, sized by the frame's index entry; reports
+// under `method`. GetFrame may deliver any frame of the video stream (a drop frame brings the
+// last frame read), so the buffer never holds less than the largest of them.
+HRESULT AllocateFrame(uint32_t size, uint32_t largestFrame, std::vector<uint8_t>* frame, const char* method) {
     // An entry past the index has the size all ones; such an allocation is refused outright.
     if (size == kAllOnes) return ReportError(kClass, method, E_OUTOFMEMORY);
     try {
-        frame->assign(size, 0);
+        frame->assign(size > largestFrame ? size : largestFrame, 0);
     } catch (const std::bad_alloc&) {
         return ReportError(kClass, method, E_OUTOFMEMORY);
     }
@@ -56,17 +58,17 @@ HRESULT CZeAviFileParser::DecodeDVVideoParams() {
     LookupEntry(0, first, &position, &size);
     if (size == 0) return ReportError(kClass, "DecodeDVVideoParams", E_AVI_STREAMINDEX);
     std::vector<uint8_t> frame;
-    HRESULT hr = AllocateFrame(size, &frame, "DecodeDVVideoParams");
+    HRESULT hr = AllocateFrame(size, GetMaxVideoFrameSize(), &frame, "DecodeDVVideoParams");
     if (FAILED(hr)) return hr;
 
-    // The frame after the first is tried first. A larger one would not fit the buffer sized for
-    // the first: it is not read and counts as a failed read, so the first frame is used instead.
+    // The frame after the first is tried first. One larger than the first counts as a failed read
+    // (it would not fit a buffer sized for the first), so the first frame is used instead.
     uint64_t bytesRead = 0;
     uint8_t flags = 0;
     int16_t tolerance = 0;
     uint64_t nextPosition = 0;
     uint32_t nextSize = 0;
-    LookupEntry(0, first + 1, &nextPosition, &nextSize);
+    LookupEntry(GetFirstVideoStreamNumber(), first + 1, &nextPosition, &nextSize);
     uint64_t number = first + 1;
     const bool tooLarge = nextSize != kAllOnes && nextSize > size;
     hr = tooLarge ? E_FAIL : GetFrame(frame.data(), &number, &bytesRead, &flags, &tolerance);
@@ -95,7 +97,7 @@ HRESULT CZeAviFileParser::DecodeDVAudioParams() {
     uint32_t size = 0;
     LookupEntry(0, number, &position, &size);
     std::vector<uint8_t> frame;
-    HRESULT hr = AllocateFrame(size, &frame, "DecodeDVAudioParams");
+    HRESULT hr = AllocateFrame(size, GetMaxVideoFrameSize(), &frame, "DecodeDVAudioParams");
     if (FAILED(hr)) return hr;
     uint64_t bytesRead = 0;
     uint8_t flags = 0;
