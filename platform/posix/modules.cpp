@@ -163,8 +163,8 @@ BOOL GetModuleHandleExA(DWORD flags, LPCSTR moduleName, HMODULE* module) {
     }
     Dl_info info;
     struct link_map* map = nullptr;
-    if (moduleName == nullptr ||
-        ::dladdr1(moduleName, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 || map == nullptr) {
+    if (moduleName == nullptr || ::dladdr1(moduleName, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 ||
+        map == nullptr) {
         SetLastError(ERROR_MOD_NOT_FOUND);
         return FALSE;
     }

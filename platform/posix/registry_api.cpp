@@ -1,6 +1,7 @@
 // The advapi32 registry functions over the file-backed store.
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "platform/posix/registry_keys.h"
 #include "platform/posix/registry_store.h"
@@ -67,10 +68,8 @@ DWORD CopyData(const RegValue& value, BYTE* data, LPDWORD dataSize) {
     return ERROR_SUCCESS;
 }
 
-}  // namespace
-
-LONG RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD, LPSTR, DWORD, REGSAM desired, LPSECURITY_ATTRIBUTES,
-                     PHKEY result, LPDWORD disposition) {
+LONG DoCreateKeyExA(HKEY key, LPCSTR subKey, DWORD, LPSTR, DWORD, REGSAM desired, LPSECURITY_ATTRIBUTES, PHKEY result,
+                    LPDWORD disposition) {
     if (result == nullptr) return ERROR_INVALID_PARAMETER;
     OpenRegKey parent;
     DWORD err = LookupRegKey(key, parent);
@@ -103,7 +102,7 @@ LONG RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD, LPSTR, DWORD, REGSAM desire
     return ERROR_SUCCESS;
 }
 
-LONG RegOpenKeyExA(HKEY key, LPCSTR subKey, DWORD, REGSAM desired, PHKEY result) {
+LONG DoOpenKeyExA(HKEY key, LPCSTR subKey, DWORD, REGSAM desired, PHKEY result) {
     if (result == nullptr) return ERROR_INVALID_PARAMETER;
     OpenRegKey parent;
     DWORD err = LookupRegKey(key, parent);
@@ -126,9 +125,7 @@ LONG RegOpenKeyExA(HKEY key, LPCSTR subKey, DWORD, REGSAM desired, PHKEY result)
     return ERROR_SUCCESS;
 }
 
-LONG RegCloseKey(HKEY key) { return static_cast<LONG>(CloseRegKeyHandle(key)); }
-
-LONG RegSetValueExA(HKEY key, LPCSTR valueName, DWORD, DWORD type, const BYTE* data, DWORD dataSize) {
+LONG DoSetValueExA(HKEY key, LPCSTR valueName, DWORD, DWORD type, const BYTE* data, DWORD dataSize) {
     OpenRegKey open;
     DWORD err = LookupRegKey(key, open);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
@@ -150,7 +147,7 @@ LONG RegSetValueExA(HKEY key, LPCSTR valueName, DWORD, DWORD type, const BYTE* d
     return static_cast<LONG>(err);
 }
 
-LONG RegQueryValueExA(HKEY key, LPCSTR valueName, LPDWORD reserved, LPDWORD type, BYTE* data, LPDWORD dataSize) {
+LONG DoQueryValueExA(HKEY key, LPCSTR valueName, LPDWORD reserved, LPDWORD type, BYTE* data, LPDWORD dataSize) {
     if (reserved != nullptr || (data != nullptr && dataSize == nullptr)) return ERROR_INVALID_PARAMETER;
     std::string name;
     DWORD err = CheckValueName(valueName, name);
@@ -165,8 +162,8 @@ LONG RegQueryValueExA(HKEY key, LPCSTR valueName, LPDWORD reserved, LPDWORD type
     return static_cast<LONG>(CopyData(*value, data, dataSize));
 }
 
-LONG RegEnumKeyExA(HKEY key, DWORD index, LPSTR name, LPDWORD nameChars, LPDWORD reserved, LPSTR keyClass,
-                   LPDWORD classChars, FILETIME* lastWrite) {
+LONG DoEnumKeyExA(HKEY key, DWORD index, LPSTR name, LPDWORD nameChars, LPDWORD reserved, LPSTR keyClass,
+                  LPDWORD classChars, FILETIME* lastWrite) {
     if (name == nullptr || nameChars == nullptr || reserved != nullptr) return ERROR_INVALID_PARAMETER;
     RegKey root;
     RegKey* node = nullptr;
@@ -184,8 +181,8 @@ LONG RegEnumKeyExA(HKEY key, DWORD index, LPSTR name, LPDWORD nameChars, LPDWORD
     return ERROR_SUCCESS;
 }
 
-LONG RegEnumValueA(HKEY key, DWORD index, LPSTR valueName, LPDWORD valueNameChars, LPDWORD reserved, LPDWORD type,
-                   BYTE* data, LPDWORD dataSize) {
+LONG DoEnumValueA(HKEY key, DWORD index, LPSTR valueName, LPDWORD valueNameChars, LPDWORD reserved, LPDWORD type,
+                  BYTE* data, LPDWORD dataSize) {
     if (valueName == nullptr || valueNameChars == nullptr || reserved != nullptr ||
         (data != nullptr && dataSize == nullptr)) {
         return ERROR_INVALID_PARAMETER;
@@ -202,9 +199,9 @@ LONG RegEnumValueA(HKEY key, DWORD index, LPSTR valueName, LPDWORD valueNameChar
     return static_cast<LONG>(CopyData(value, data, dataSize));
 }
 
-LONG RegQueryInfoKeyA(HKEY key, LPSTR keyClass, LPDWORD classChars, LPDWORD reserved, LPDWORD subKeys,
-                      LPDWORD maxSubKeyChars, LPDWORD maxClassChars, LPDWORD values, LPDWORD maxValueNameChars,
-                      LPDWORD maxValueSize, LPDWORD securityDescriptorSize, FILETIME* lastWrite) {
+LONG DoQueryInfoKeyA(HKEY key, LPSTR keyClass, LPDWORD classChars, LPDWORD reserved, LPDWORD subKeys,
+                     LPDWORD maxSubKeyChars, LPDWORD maxClassChars, LPDWORD values, LPDWORD maxValueNameChars,
+                     LPDWORD maxValueSize, LPDWORD securityDescriptorSize, FILETIME* lastWrite) {
     if (reserved != nullptr) return ERROR_INVALID_PARAMETER;
     RegKey root;
     RegKey* node = nullptr;
@@ -229,7 +226,7 @@ LONG RegQueryInfoKeyA(HKEY key, LPSTR keyClass, LPDWORD classChars, LPDWORD rese
     return ERROR_SUCCESS;
 }
 
-LONG RegDeleteKeyA(HKEY key, LPCSTR subKey) {
+LONG DoDeleteKeyA(HKEY key, LPCSTR subKey) {
     if (subKey == nullptr) return ERROR_INVALID_PARAMETER;
     OpenRegKey parent;
     DWORD err = LookupRegKey(key, parent);
@@ -257,7 +254,7 @@ LONG RegDeleteKeyA(HKEY key, LPCSTR subKey) {
     return static_cast<LONG>(err);
 }
 
-LONG RegDeleteValueA(HKEY key, LPCSTR valueName) {
+LONG DoDeleteValueA(HKEY key, LPCSTR valueName) {
     OpenRegKey open;
     DWORD err = LookupRegKey(key, open);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
@@ -274,4 +271,70 @@ LONG RegDeleteValueA(HKEY key, LPCSTR valueName) {
         return ERROR_SUCCESS;
     });
     return static_cast<LONG>(err);
+}
+
+// The store works with the standard containers; their allocation failures end here as the Windows
+// error number instead of leaving through a C interface.
+template <typename Work>
+LONG Guarded(Work work) {
+    try {
+        return work();
+    } catch (const std::bad_alloc&) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    } catch (...) {
+        return ERROR_REGISTRY_CORRUPT;
+    }
+}
+
+}  // namespace
+
+LONG RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR keyClass, DWORD options, REGSAM desired,
+                     LPSECURITY_ATTRIBUTES security, PHKEY result, LPDWORD disposition) {
+    return Guarded([&] {
+        return DoCreateKeyExA(key, subKey, reserved, keyClass, options, desired, security, result, disposition);
+    });
+}
+
+LONG RegOpenKeyExA(HKEY key, LPCSTR subKey, DWORD options, REGSAM desired, PHKEY result) {
+    return Guarded([&] { return DoOpenKeyExA(key, subKey, options, desired, result); });
+}
+
+LONG RegCloseKey(HKEY key) {
+    return Guarded([&] { return static_cast<LONG>(CloseRegKeyHandle(key)); });
+}
+
+LONG RegSetValueExA(HKEY key, LPCSTR valueName, DWORD reserved, DWORD type, const BYTE* data, DWORD dataSize) {
+    return Guarded([&] { return DoSetValueExA(key, valueName, reserved, type, data, dataSize); });
+}
+
+LONG RegQueryValueExA(HKEY key, LPCSTR valueName, LPDWORD reserved, LPDWORD type, BYTE* data, LPDWORD dataSize) {
+    return Guarded([&] { return DoQueryValueExA(key, valueName, reserved, type, data, dataSize); });
+}
+
+LONG RegEnumKeyExA(HKEY key, DWORD index, LPSTR name, LPDWORD nameChars, LPDWORD reserved, LPSTR keyClass,
+                   LPDWORD classChars, FILETIME* lastWrite) {
+    return Guarded(
+        [&] { return DoEnumKeyExA(key, index, name, nameChars, reserved, keyClass, classChars, lastWrite); });
+}
+
+LONG RegEnumValueA(HKEY key, DWORD index, LPSTR valueName, LPDWORD valueNameChars, LPDWORD reserved, LPDWORD type,
+                   BYTE* data, LPDWORD dataSize) {
+    return Guarded([&] { return DoEnumValueA(key, index, valueName, valueNameChars, reserved, type, data, dataSize); });
+}
+
+LONG RegQueryInfoKeyA(HKEY key, LPSTR keyClass, LPDWORD classChars, LPDWORD reserved, LPDWORD subKeys,
+                      LPDWORD maxSubKeyChars, LPDWORD maxClassChars, LPDWORD values, LPDWORD maxValueNameChars,
+                      LPDWORD maxValueSize, LPDWORD securityDescriptorSize, FILETIME* lastWrite) {
+    return Guarded([&] {
+        return DoQueryInfoKeyA(key, keyClass, classChars, reserved, subKeys, maxSubKeyChars, maxClassChars, values,
+                               maxValueNameChars, maxValueSize, securityDescriptorSize, lastWrite);
+    });
+}
+
+LONG RegDeleteKeyA(HKEY key, LPCSTR subKey) {
+    return Guarded([&] { return DoDeleteKeyA(key, subKey); });
+}
+
+LONG RegDeleteValueA(HKEY key, LPCSTR valueName) {
+    return Guarded([&] { return DoDeleteValueA(key, valueName); });
 }

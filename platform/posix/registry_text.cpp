@@ -100,7 +100,8 @@ bool ParseData(const std::string& text, DWORD& type, std::vector<BYTE>& data) {
         uint32_t v = 0;
         if (!ParseHexNumber(Trim(s.substr(6)), v)) return false;
         type = 4;  // REG_DWORD
-        data = {static_cast<BYTE>(v), static_cast<BYTE>(v >> 8), static_cast<BYTE>(v >> 16), static_cast<BYTE>(v >> 24)};
+        data = {static_cast<BYTE>(v), static_cast<BYTE>(v >> 8), static_cast<BYTE>(v >> 16),
+                static_cast<BYTE>(v >> 24)};
         return true;
     }
     if (StartsWithNoCase(s, 0, "hex:")) {
@@ -243,7 +244,8 @@ size_t ParseRegText(const std::string& text, RegKey& root) {
         while (pos < line.size() && (line[pos] == ' ' || line[pos] == '\t')) ++pos;
         DWORD type = 0;
         std::vector<BYTE> data;
-        if (current == nullptr || pos >= line.size() || line[pos] != '=' || !ParseData(line.substr(pos + 1), type, data)) {
+        if (current == nullptr || pos >= line.size() || line[pos] != '=' ||
+            !ParseData(line.substr(pos + 1), type, data)) {
             ++skipped;
             continue;
         }

@@ -38,8 +38,8 @@ void RegKey::SetValue(const std::string& valueName, DWORD type, std::vector<BYTE
 
 bool RegKey::RemoveValue(const std::string& valueName) {
     const std::string folded = FoldRegName(valueName);
-    auto it = std::find_if(values.begin(), values.end(),
-                           [&](const RegValue& v) { return FoldRegName(v.name) == folded; });
+    auto it =
+        std::find_if(values.begin(), values.end(), [&](const RegValue& v) { return FoldRegName(v.name) == folded; });
     if (it == values.end()) return false;
     values.erase(it);
     return true;

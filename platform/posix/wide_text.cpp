@@ -15,10 +15,21 @@ uint32_t DecodeUtf8(const unsigned char* s, size_t n, size_t& used) {
     if (c < 0x80) return c;
     size_t len = 0;
     uint32_t cp = 0, min = 0;
-    if ((c & 0xE0) == 0xC0) { len = 2; cp = c & 0x1F; min = 0x80; }
-    else if ((c & 0xF0) == 0xE0) { len = 3; cp = c & 0x0F; min = 0x800; }
-    else if ((c & 0xF8) == 0xF0) { len = 4; cp = c & 0x07; min = 0x10000; }
-    else return kReplacement;
+    if ((c & 0xE0) == 0xC0) {
+        len = 2;
+        cp = c & 0x1F;
+        min = 0x80;
+    } else if ((c & 0xF0) == 0xE0) {
+        len = 3;
+        cp = c & 0x0F;
+        min = 0x800;
+    } else if ((c & 0xF8) == 0xF0) {
+        len = 4;
+        cp = c & 0x07;
+        min = 0x10000;
+    } else {
+        return kReplacement;
+    }
     if (n < len) return kReplacement;
     for (size_t i = 1; i < len; ++i) {
         if ((s[i] & 0xC0) != 0x80) return kReplacement;

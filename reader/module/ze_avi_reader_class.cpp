@@ -5,7 +5,7 @@
 
 #include "reader/module/ze_module_state.h"
 #include "reader/module/ze_reader_creation.h"
-#include "reader/status/ze_error_report.h"
+#include "reader/module/ze_module_report.h"
 #include "reader/ze_host_interfaces.h"
 
 namespace {
@@ -74,38 +74,38 @@ HRESULT STDMETHODCALLTYPE CZEAviReaderClass::LockServer(BOOL lock) {
 }
 
 HRESULT STDMETHODCALLTYPE CZEAviReaderClass::CreateInstance(IUnknown* outer, REFIID iid, void** object) {
-    if (object == nullptr) return ReportError(kClass, "CreateInstance", E_POINTER);
+    if (object == nullptr) return ZeModuleReport(kClass, "CreateInstance", E_POINTER);
     *object = nullptr;
     const LONG number = InterlockedIncrement(&m_instanceCounter) - 1;
     char name[100];
     std::snprintf(name, sizeof name, "Instance_%d", static_cast<int>(number));
     HRESULT hr = E_FAIL;
-    if (outer != nullptr) return ReportError(kClass, "CreateInstance", CLASS_E_NOAGGREGATION);
+    if (outer != nullptr) return ZeModuleReport(kClass, "CreateInstance", CLASS_E_NOAGGREGATION);
 
     if (IsEqualCLSID(m_currentClass, CLSID_ZEAviReaderModule)) {
         // The construction result is deliberately not checked: an object whose COM initialisation
         // failed has reported that itself and is handed out all the same.
         IUnknown* reader = ZeNewAviReader(&hr, name);
-        if (reader == nullptr) return ReportError(kClass, "CreateInstance", E_OUTOFMEMORY);
+        if (reader == nullptr) return ZeModuleReport(kClass, "CreateInstance", E_OUTOFMEMORY);
         hr = QueryNewObject(reader, iid, object);
     } else if (IsEqualCLSID(m_currentClass, CLSID_ZEDVSourceFilter) ||
                IsEqualCLSID(m_currentClass, CLSID_ZEDVRenderFilter)) {
         hr = CLASS_E_CLASSNOTAVAILABLE;  // the module's filters are not part of this build
     }
-    return FAILED(hr) ? ReportError(kClass, "CreateInstance", hr) : hr;
+    return FAILED(hr) ? ZeModuleReport(kClass, "CreateInstance", hr) : hr;
 }
 
 HRESULT ZeGetClassObject(const CLSID* clsid, const IID* iid, void** object) {
     CZEAviReaderClass& factory = ZeClassFactory();
-    if (object == nullptr) return ReportError(kModule, "DllGetClassObject", E_POINTER);
+    if (object == nullptr) return ZeModuleReport(kModule, "DllGetClassObject", E_POINTER);
     *object = nullptr;
-    if (clsid == nullptr) return ReportError(kModule, "DllGetClassObject", E_FAIL);
+    if (clsid == nullptr) return ZeModuleReport(kModule, "DllGetClassObject", E_FAIL);
     // Every outstanding pointer to the one factory creates the class asked for last.
     factory.SetCurrentClass(*clsid);
     const HRESULT hr = iid != nullptr ? factory.QueryInterface(*iid, object) : E_POINTER;
     if (FAILED(hr)) {
         *object = nullptr;
-        return ReportError(kModule, "DllGetClassObject", hr);
+        return ZeModuleReport(kModule, "DllGetClassObject", hr);
     }
     return hr;
 }

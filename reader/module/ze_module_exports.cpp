@@ -10,9 +10,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD, LPVOID) {
     return TRUE;
 }
 
-STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* object) {
-    return ZeGetClassObject(&clsid, &iid, object);
-}
+STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, LPVOID* object) { return ZeGetClassObject(&clsid, &iid, object); }
 
 STDAPI DllCanUnloadNow() { return ZeCanUnloadNow(); }
 

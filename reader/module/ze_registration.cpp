@@ -4,7 +4,7 @@
 
 #include "reader/module/ze_module_state.h"
 #include "reader/module/ze_registration_table.h"
-#include "reader/status/ze_error_report.h"
+#include "reader/module/ze_module_report.h"
 
 namespace {
 
@@ -34,7 +34,7 @@ HRESULT ZeRegisterServer() {
     for (size_t i = 0; i < kZeRegistrationRowCount; ++i) {
         if (!WriteRow(kZeRegistrationRows[i], modulePath)) {
             ZeUnregisterServer();
-            return ReportError("ZEAviReaderModule", "DllRegisterServer", SELFREG_E_CLASS);
+            return ZeModuleReport("ZEAviReaderModule", "DllRegisterServer", SELFREG_E_CLASS);
         }
     }
     return S_OK;

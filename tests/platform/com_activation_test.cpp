@@ -113,7 +113,8 @@ TEST_F(ComActivationTest, BuiltinClassesComeFirstAndCanBeRemoved) {
 TEST_F(ComActivationTest, ContextsAndArguments) {
     ZeRegisterBuiltinClass(kBuiltinClass, &LocalClassObject);
     void* object = nullptr;
-    EXPECT_EQ(REGDB_E_CLASSNOTREG, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_LOCAL_SERVER, IID_IUnknown, &object));
+    EXPECT_EQ(REGDB_E_CLASSNOTREG,
+              CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_LOCAL_SERVER, IID_IUnknown, &object));
     EXPECT_EQ(E_POINTER, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IUnknown, nullptr));
     EXPECT_EQ(E_INVALIDARG, CoGetClassObject(kBuiltinClass, CLSCTX_ALL, nullptr, IID_IClassFactory, nullptr));
     EXPECT_EQ(E_NOINTERFACE, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IClassFactory, &object));

@@ -99,11 +99,11 @@ TEST(ComGuidTextTest, ClsidTextRoundTrip) {
 TEST(ComGuidTextTest, BadTextIsAClassStringError) {
     CLSID clsid = kSample;
     for (const char* bad : {"", "{}", "01234567-89AB-CDEF-FEDC-BA9876543210",
-                            "{01234567-89AB-CDEF-FEDC-BA9876543210",         // no closing brace
-                            "{01234567-89AB-CDEF-FEDC-BA9876543210}x",       // trailing text
-                            "{0123456G-89AB-CDEF-FEDC-BA9876543210}",        // not hex
-                            "{01234567_89AB-CDEF-FEDC-BA9876543210}",        // wrong separator
-                            "{01234567-89AB-CDEF-FEDCBA-9876543210}"}) {    // separator misplaced
+                            "{01234567-89AB-CDEF-FEDC-BA9876543210",      // no closing brace
+                            "{01234567-89AB-CDEF-FEDC-BA9876543210}x",    // trailing text
+                            "{0123456G-89AB-CDEF-FEDC-BA9876543210}",     // not hex
+                            "{01234567_89AB-CDEF-FEDC-BA9876543210}",     // wrong separator
+                            "{01234567-89AB-CDEF-FEDCBA-9876543210}"}) {  // separator misplaced
         const std::u16string text = Wide(bad);
         EXPECT_EQ(CO_E_CLASSSTRING, CLSIDFromString(Ole(text), &clsid)) << bad;
         EXPECT_EQ(CO_E_IIDSTRING, IIDFromString(Ole(text), &clsid)) << bad;

@@ -72,9 +72,9 @@ protected:
         // Two bytes of the text and its zero: "0" keeps its zero, longer texts lose it.
         auto sz = [](const std::string& text) { return "1:" + (text + '\0').substr(0, 2); };
         Store s;
-        for (const std::string& key : {std::string("CLSID"), reader, reader + "\\InprocServer32", source,
-                                       source + "\\InprocServer32", category, category + "\\Instance", sourceInstance,
-                                       render, render + "\\InprocServer32", renderInstance})
+        for (const std::string& key :
+             {std::string("CLSID"), reader, reader + "\\InprocServer32", source, source + "\\InprocServer32", category,
+              category + "\\Instance", sourceInstance, render, render + "\\InprocServer32", renderInstance})
             s[key] = "";
         const Store values = {
             {reader + "|", sz("ORVEN AVI Reader")},

@@ -45,8 +45,9 @@ TEST(ModulesTest, LoadFindExportsNameAndFree) {
 
     // The handle of the module that holds an address, and a second load giving the same handle.
     HMODULE fromAddress = nullptr;
-    ASSERT_TRUE(GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                                   reinterpret_cast<LPCSTR>(GetProcAddress(module, "DllGetClassObject")), &fromAddress));
+    ASSERT_TRUE(
+        GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                           reinterpret_cast<LPCSTR>(GetProcAddress(module, "DllGetClassObject")), &fromAddress));
     EXPECT_EQ(module, fromAddress);
     HMODULE again = LoadLibraryA(ZE_TEST_SERVER_PATH);
     EXPECT_EQ(module, again);
@@ -59,8 +60,9 @@ TEST(ModulesTest, TheProgramItself) {
     HMODULE program = GetModuleHandleA(nullptr);
     ASSERT_NE(nullptr, program);
     HMODULE fromAddress = nullptr;
-    ASSERT_TRUE(GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                                   reinterpret_cast<LPCSTR>(&RealPath), &fromAddress));
+    ASSERT_TRUE(
+        GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                           reinterpret_cast<LPCSTR>(&RealPath), &fromAddress));
     EXPECT_EQ(program, fromAddress);
 
     char byHandle[MAX_PATH] = {}, byNull[MAX_PATH] = {};

@@ -67,8 +67,8 @@ TEST(RegistryConcurrencyTest, ProcessesWritingAtOnceLoseNothing) {
             const std::string own = "Many\\P" + std::to_string(process) + "\\K" + std::to_string(i);
             errors += SetNumber(HKEY_CURRENT_USER, own, "n", static_cast<DWORD>(process * 1000 + i));
             // Everybody also writes values into one shared key.
-            errors += SetNumber(HKEY_CLASSES_ROOT, "Shared",
-                                "P" + std::to_string(process) + "_" + std::to_string(i), static_cast<DWORD>(i));
+            errors += SetNumber(HKEY_CLASSES_ROOT, "Shared", "P" + std::to_string(process) + "_" + std::to_string(i),
+                                static_cast<DWORD>(i));
         }
         return errors;
     });

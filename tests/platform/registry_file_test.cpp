@@ -76,7 +76,8 @@ TEST_F(RegistryFileTest, ReadsHandWrittenFilesAndSkipsDamagedLines) {
         "[HKEY_CURRENT_USER\\Kept]\r\n"
         "\"N\"=DWORD:00000007\r\n");
     DWORD type = 0;
-    EXPECT_EQ((std::vector<BYTE>{'t', 'w', 'o', 0}), Query(HKEY_LOCAL_MACHINE, "Software\\Classes\\CLSID\\{2}", nullptr, &type));
+    EXPECT_EQ((std::vector<BYTE>{'t', 'w', 'o', 0}),
+              Query(HKEY_LOCAL_MACHINE, "Software\\Classes\\CLSID\\{2}", nullptr, &type));
     EXPECT_EQ((std::vector<BYTE>{0, 1, 2, 3, 4}), Query(HKEY_CLASSES_ROOT, "CLSID\\{2}", "Data", &type));
     EXPECT_EQ(REG_BINARY, type);
     EXPECT_EQ((std::vector<BYTE>{0x41, 0, 0, 0}), Query(HKEY_CLASSES_ROOT, "CLSID\\{2}", "Wide", &type));
@@ -96,7 +97,8 @@ TEST_F(RegistryFileTest, EverythingSurvivesARewriteOfTheFile) {
 
     // Reading back and writing again (any change makes a full rewrite) reproduces the same text.
     HKEY key = nullptr;
-    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_CURRENT_USER, "A\\Z", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr));
+    ASSERT_EQ(ERROR_SUCCESS,
+              RegCreateKeyExA(HKEY_CURRENT_USER, "A\\Z", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr));
     RegCloseKey(key);
     ASSERT_EQ(ERROR_SUCCESS, RegDeleteKeyA(HKEY_CURRENT_USER, "A\\Z"));
     EXPECT_EQ(first, sandbox.FileText());

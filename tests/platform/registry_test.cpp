@@ -99,13 +99,14 @@ TEST_F(RegistryTest, CreateOpenSetAndQueryValuesOfEachType) {
 
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegQueryValueExA(opened.get(), "Absent", nullptr, nullptr, nullptr, nullptr));
     Key missing;
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Ze\\Other", 0, KEY_READ, missing.out()));
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND,
+              RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Ze\\Other", 0, KEY_READ, missing.out()));
 }
 
 TEST_F(RegistryTest, QuerySizeRulesFollowMoreData) {
     Key key;
-    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Ze", 0, nullptr, 0, KEY_ALL_ACCESS,
-                                             nullptr, key.out(), nullptr));
+    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Ze", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                             key.out(), nullptr));
     ASSERT_EQ(ERROR_SUCCESS, SetString(key.get(), "Text", "0123456789"));  // 11 bytes with the zero
 
     DWORD size = 0, type = 0;
@@ -115,12 +116,14 @@ TEST_F(RegistryTest, QuerySizeRulesFollowMoreData) {
 
     char small[4] = {'x', 'x', 'x', 'x'};
     size = sizeof small;
-    EXPECT_EQ(ERROR_MORE_DATA, RegQueryValueExA(key.get(), "Text", nullptr, nullptr, reinterpret_cast<BYTE*>(small), &size));
+    EXPECT_EQ(ERROR_MORE_DATA,
+              RegQueryValueExA(key.get(), "Text", nullptr, nullptr, reinterpret_cast<BYTE*>(small), &size));
     EXPECT_EQ(11u, size);
 
     char exact[11];
     size = sizeof exact;
-    EXPECT_EQ(ERROR_SUCCESS, RegQueryValueExA(key.get(), "Text", nullptr, nullptr, reinterpret_cast<BYTE*>(exact), &size));
+    EXPECT_EQ(ERROR_SUCCESS,
+              RegQueryValueExA(key.get(), "Text", nullptr, nullptr, reinterpret_cast<BYTE*>(exact), &size));
     EXPECT_EQ(11u, size);
     EXPECT_STREQ("0123456789", exact);
 
@@ -147,8 +150,7 @@ TEST_F(RegistryTest, NamesIgnoreCaseButKeepTheirSpelling) {
 
     // The classes root is HKEY_LOCAL_MACHINE\SOFTWARE\Classes, and the first spelling stays.
     Key machine;
-    ASSERT_EQ(ERROR_SUCCESS,
-              RegOpenKeyExA(HKEY_LOCAL_MACHINE, "software\\classes\\CLSID", 0, KEY_READ, machine.out()));
+    ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExA(HKEY_LOCAL_MACHINE, "software\\classes\\CLSID", 0, KEY_READ, machine.out()));
     char name[64];
     DWORD chars = sizeof name;
     ASSERT_EQ(ERROR_SUCCESS, RegEnumKeyExA(machine.get(), 0, name, &chars, nullptr, nullptr, nullptr, nullptr));
@@ -161,8 +163,8 @@ TEST_F(RegistryTest, NamesIgnoreCaseButKeepTheirSpelling) {
 
 TEST_F(RegistryTest, EnumerationOrderAndLimits) {
     Key key;
-    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_CURRENT_USER, "Enum", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                             key.out(), nullptr));
+    ASSERT_EQ(ERROR_SUCCESS,
+              RegCreateKeyExA(HKEY_CURRENT_USER, "Enum", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.out(), nullptr));
     for (const char* child : {"beta", "Alpha", "gamma", "ALPHA2"}) {
         Key sub;
         ASSERT_EQ(ERROR_SUCCESS,
@@ -243,14 +245,14 @@ TEST_F(RegistryTest, BadArgumentsGiveErrorNumbers) {
     EXPECT_EQ(ERROR_INVALID_HANDLE, RegOpenKeyExA(nullptr, "x", 0, KEY_READ, key.out()));
     EXPECT_EQ(ERROR_INVALID_HANDLE,
               RegOpenKeyExA(reinterpret_cast<HKEY>(uintptr_t{0x1234567}), "x", 0, KEY_READ, key.out()));
-    EXPECT_EQ(ERROR_BAD_PATHNAME, RegCreateKeyExA(HKEY_CURRENT_USER, "\\lead", 0, nullptr, 0, KEY_ALL_ACCESS,
-                                                  nullptr, key.out(), nullptr));
-    EXPECT_EQ(ERROR_BAD_PATHNAME, RegCreateKeyExA(HKEY_CURRENT_USER, "a\\\\b", 0, nullptr, 0, KEY_ALL_ACCESS,
-                                                  nullptr, key.out(), nullptr));
-    EXPECT_EQ(ERROR_INVALID_PARAMETER, RegCreateKeyExA(HKEY_CURRENT_USER, std::string(256, 'k').c_str(), 0, nullptr,
-                                                       0, KEY_ALL_ACCESS, nullptr, key.out(), nullptr));
-    EXPECT_EQ(ERROR_INVALID_PARAMETER, RegCreateKeyExA(HKEY_CURRENT_USER, "line\nbreak", 0, nullptr, 0,
+    EXPECT_EQ(ERROR_BAD_PATHNAME,
+              RegCreateKeyExA(HKEY_CURRENT_USER, "\\lead", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.out(), nullptr));
+    EXPECT_EQ(ERROR_BAD_PATHNAME,
+              RegCreateKeyExA(HKEY_CURRENT_USER, "a\\\\b", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.out(), nullptr));
+    EXPECT_EQ(ERROR_INVALID_PARAMETER, RegCreateKeyExA(HKEY_CURRENT_USER, std::string(256, 'k').c_str(), 0, nullptr, 0,
                                                        KEY_ALL_ACCESS, nullptr, key.out(), nullptr));
+    EXPECT_EQ(ERROR_INVALID_PARAMETER, RegCreateKeyExA(HKEY_CURRENT_USER, "line\nbreak", 0, nullptr, 0, KEY_ALL_ACCESS,
+                                                       nullptr, key.out(), nullptr));
     EXPECT_EQ(ERROR_INVALID_PARAMETER,
               RegCreateKeyExA(HKEY_CURRENT_USER, "x", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, nullptr, nullptr));
     EXPECT_EQ(ERROR_INVALID_PARAMETER, RegDeleteKeyA(HKEY_CURRENT_USER, nullptr));
@@ -272,8 +274,8 @@ TEST_F(RegistryTest, BadArgumentsGiveErrorNumbers) {
     ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExA(HKEY_CURRENT_USER, "Bad", 0, KEY_SET_VALUE, writeOnly.out()));
     EXPECT_EQ(ERROR_SUCCESS, SetString(writeOnly.get(), "v", "x"));
     EXPECT_EQ(ERROR_ACCESS_DENIED, RegQueryValueExA(writeOnly.get(), "v", nullptr, nullptr, nullptr, nullptr));
-    EXPECT_EQ(ERROR_ACCESS_DENIED, RegCreateKeyExA(readOnly.get(), "child", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                                   key.out(), nullptr));
+    EXPECT_EQ(ERROR_ACCESS_DENIED,
+              RegCreateKeyExA(readOnly.get(), "child", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.out(), nullptr));
 }
 
 }  // namespace
