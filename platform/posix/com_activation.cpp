@@ -139,7 +139,12 @@ void ZeRegisterBuiltinClass(REFCLSID clsid, LPFNGETCLASSOBJECT getClassObject) {
             break;
         }
     }
-    if (getClassObject != nullptr) t.classes.push_back(BuiltinClass{clsid, getClassObject});
+    if (getClassObject == nullptr) return;
+    try {
+        t.classes.push_back(BuiltinClass{clsid, getClassObject});
+    } catch (const std::bad_alloc&) {
+        // Out of memory: the class stays unknown, and activating it says so.
+    }
 }
 
 HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, LPVOID, REFIID iid, LPVOID* object) {

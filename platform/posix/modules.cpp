@@ -7,6 +7,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <link.h>
+#include <new>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -46,11 +47,7 @@ std::string AbsolutePath(const char* path) {
     return path;
 }
 
-}  // namespace
-
-HMODULE LoadLibraryA(LPCSTR fileName) { return LoadLibraryExA(fileName, nullptr, 0); }
-
-HMODULE LoadLibraryExA(LPCSTR fileName, HANDLE, DWORD) {
+HMODULE LoadLibraryExUnguarded(LPCSTR fileName) {
     if (fileName == nullptr || fileName[0] == '\0') {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
@@ -72,6 +69,95 @@ HMODULE LoadLibraryExA(LPCSTR fileName, HANDLE, DWORD) {
         return nullptr;
     }
     return handle;
+}
+
+DWORD GetModuleFileNameUnguarded(HMODULE module, LPSTR fileName, DWORD size) {
+    std::string path;
+    if (module == nullptr) {
+        path = ProgramPath();
+    } else {
+        if (!IsLoadedModule(module)) {
+            SetLastError(ERROR_MOD_NOT_FOUND);
+            return 0;
+        }
+        const struct link_map* map = static_cast<const struct link_map*>(module);
+        path = (map->l_name == nullptr || map->l_name[0] == '\0') ? ProgramPath() : AbsolutePath(map->l_name);
+    }
+    if (path.empty()) {
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return 0;
+    }
+    if (fileName == nullptr || size == 0) {
+        SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        return 0;
+    }
+    if (path.size() >= size) {
+        std::memcpy(fileName, path.data(), size - 1);
+        fileName[size - 1] = '\0';
+        SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        return size;
+    }
+    std::memcpy(fileName, path.c_str(), path.size() + 1);
+    SetLastError(ERROR_SUCCESS);
+    return static_cast<DWORD>(path.size());
+}
+
+HMODULE GetModuleHandleUnguarded(LPCSTR moduleName) {
+    if (moduleName == nullptr) return ::dlopen(nullptr, RTLD_LAZY);  // the program's handle is not counted
+    void* handle = ::dlopen(ze_posix::NativePath(moduleName).c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    if (handle == nullptr) {
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return nullptr;
+    }
+    ::dlclose(handle);  // GetModuleHandle does not add a reference
+    return handle;
+}
+
+BOOL GetModuleHandleExUnguarded(DWORD flags, LPCSTR moduleName, HMODULE* module) {
+    if (module == nullptr) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    *module = nullptr;
+    if ((flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) == 0) {
+        HMODULE found = GetModuleHandleUnguarded(moduleName);
+        if (found == nullptr) return FALSE;
+        if (moduleName != nullptr && (flags & GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT) == 0)
+            ::dlopen(ze_posix::NativePath(moduleName).c_str(), RTLD_LAZY | RTLD_NOLOAD);
+        *module = found;
+        return TRUE;
+    }
+    Dl_info info;
+    struct link_map* map = nullptr;
+    if (moduleName == nullptr || ::dladdr1(moduleName, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 ||
+        map == nullptr) {
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return FALSE;
+    }
+    const bool isProgram = map->l_name == nullptr || map->l_name[0] == '\0';
+    if (!isProgram && (flags & GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT) == 0)
+        ::dlopen(map->l_name, RTLD_LAZY | RTLD_NOLOAD | ((flags & GET_MODULE_HANDLE_EX_FLAG_PIN) ? RTLD_NODELETE : 0));
+    *module = map;
+    return TRUE;
+}
+
+// Paths are built in strings; an allocation failure becomes the Windows error number.
+template <typename Result, typename Work>
+Result Guarded(Result failure, Work work) {
+    try {
+        return work();
+    } catch (const std::bad_alloc&) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return failure;
+    }
+}
+
+}  // namespace
+
+HMODULE LoadLibraryA(LPCSTR fileName) { return LoadLibraryExA(fileName, nullptr, 0); }
+
+HMODULE LoadLibraryExA(LPCSTR fileName, HANDLE, DWORD) {
+    return Guarded<HMODULE>(nullptr, [&] { return LoadLibraryExUnguarded(fileName); });
 }
 
 BOOL FreeLibrary(HMODULE module) {
@@ -106,71 +192,13 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR procName) {
 }
 
 DWORD GetModuleFileNameA(HMODULE module, LPSTR fileName, DWORD size) {
-    std::string path;
-    if (module == nullptr) {
-        path = ProgramPath();
-    } else {
-        if (!IsLoadedModule(module)) {
-            SetLastError(ERROR_MOD_NOT_FOUND);
-            return 0;
-        }
-        const struct link_map* map = static_cast<const struct link_map*>(module);
-        path = (map->l_name == nullptr || map->l_name[0] == '\0') ? ProgramPath() : AbsolutePath(map->l_name);
-    }
-    if (path.empty()) {
-        SetLastError(ERROR_MOD_NOT_FOUND);
-        return 0;
-    }
-    if (fileName == nullptr || size == 0) {
-        SetLastError(ERROR_INSUFFICIENT_BUFFER);
-        return 0;
-    }
-    if (path.size() >= size) {
-        std::memcpy(fileName, path.data(), size - 1);
-        fileName[size - 1] = '\0';
-        SetLastError(ERROR_INSUFFICIENT_BUFFER);
-        return size;
-    }
-    std::memcpy(fileName, path.c_str(), path.size() + 1);
-    SetLastError(ERROR_SUCCESS);
-    return static_cast<DWORD>(path.size());
+    return Guarded<DWORD>(0, [&] { return GetModuleFileNameUnguarded(module, fileName, size); });
 }
 
 HMODULE GetModuleHandleA(LPCSTR moduleName) {
-    if (moduleName == nullptr) return ::dlopen(nullptr, RTLD_LAZY);  // the program's handle is not counted
-    void* handle = ::dlopen(ze_posix::NativePath(moduleName).c_str(), RTLD_LAZY | RTLD_NOLOAD);
-    if (handle == nullptr) {
-        SetLastError(ERROR_MOD_NOT_FOUND);
-        return nullptr;
-    }
-    ::dlclose(handle);  // GetModuleHandle does not add a reference
-    return handle;
+    return Guarded<HMODULE>(nullptr, [&] { return GetModuleHandleUnguarded(moduleName); });
 }
 
 BOOL GetModuleHandleExA(DWORD flags, LPCSTR moduleName, HMODULE* module) {
-    if (module == nullptr) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return FALSE;
-    }
-    *module = nullptr;
-    if ((flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) == 0) {
-        HMODULE found = GetModuleHandleA(moduleName);
-        if (found == nullptr) return FALSE;
-        if (moduleName != nullptr && (flags & GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT) == 0)
-            ::dlopen(ze_posix::NativePath(moduleName).c_str(), RTLD_LAZY | RTLD_NOLOAD);
-        *module = found;
-        return TRUE;
-    }
-    Dl_info info;
-    struct link_map* map = nullptr;
-    if (moduleName == nullptr || ::dladdr1(moduleName, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 ||
-        map == nullptr) {
-        SetLastError(ERROR_MOD_NOT_FOUND);
-        return FALSE;
-    }
-    const bool isProgram = map->l_name == nullptr || map->l_name[0] == '\0';
-    if (!isProgram && (flags & GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT) == 0)
-        ::dlopen(map->l_name, RTLD_LAZY | RTLD_NOLOAD | ((flags & GET_MODULE_HANDLE_EX_FLAG_PIN) ? RTLD_NODELETE : 0));
-    *module = map;
-    return TRUE;
+    return Guarded<BOOL>(FALSE, [&] { return GetModuleHandleExUnguarded(flags, moduleName, module); });
 }

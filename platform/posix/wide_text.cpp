@@ -1,4 +1,5 @@
 // UTF-8 <-> UTF-16 conversions in the shape of MultiByteToWideChar and WideCharToMultiByte.
+#include <new>
 #include <string>
 
 #include "platform/win32_com.h"
@@ -73,9 +74,7 @@ int Deliver(const Text& converted, Unit* out, int outSize) {
     return needed;
 }
 
-}  // namespace
-
-int MultiByteToWideChar(UINT codePage, DWORD, LPCSTR text, int bytes, WCHAR* wide, int wideChars) {
+int MultiByteToWideUnguarded(UINT codePage, LPCSTR text, int bytes, WCHAR* wide, int wideChars) {
     if (!KnownCodePage(codePage) || text == nullptr || bytes == 0 || bytes < -1 || wideChars < 0 ||
         (wideChars > 0 && wide == nullptr)) {
         SetLastError(ERROR_INVALID_PARAMETER);
@@ -98,8 +97,8 @@ int MultiByteToWideChar(UINT codePage, DWORD, LPCSTR text, int bytes, WCHAR* wid
     return Deliver(converted, wide, wideChars);
 }
 
-int WideCharToMultiByte(UINT codePage, DWORD, const WCHAR* wide, int wideChars, LPSTR text, int bytes, LPCSTR,
-                        LPBOOL usedDefault) {
+int WideToMultiByteUnguarded(UINT codePage, const WCHAR* wide, int wideChars, LPSTR text, int bytes,
+                             LPBOOL usedDefault) {
     if (!KnownCodePage(codePage) || wide == nullptr || wideChars == 0 || wideChars < -1 || bytes < 0 ||
         (bytes > 0 && text == nullptr)) {
         SetLastError(ERROR_INVALID_PARAMETER);
@@ -125,4 +124,26 @@ int WideCharToMultiByte(UINT codePage, DWORD, const WCHAR* wide, int wideChars, 
         AppendUtf8(cp, converted);
     }
     return Deliver(converted, text, bytes);
+}
+
+// The conversions build their result in a string first; running out of memory is reported as on Windows.
+template <typename Work>
+int Guarded(Work work) {
+    try {
+        return work();
+    } catch (const std::bad_alloc&) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return 0;
+    }
+}
+
+}  // namespace
+
+int MultiByteToWideChar(UINT codePage, DWORD, LPCSTR text, int bytes, WCHAR* wide, int wideChars) {
+    return Guarded([&] { return MultiByteToWideUnguarded(codePage, text, bytes, wide, wideChars); });
+}
+
+int WideCharToMultiByte(UINT codePage, DWORD, const WCHAR* wide, int wideChars, LPSTR text, int bytes, LPCSTR,
+                        LPBOOL usedDefault) {
+    return Guarded([&] { return WideToMultiByteUnguarded(codePage, wide, wideChars, text, bytes, usedDefault); });
 }
