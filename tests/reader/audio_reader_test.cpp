@@ -1,0 +1,147 @@
+// The audio reader: opening, the reader record, reads by sample position and their failures.
+#include <cstring>
+
+#include "tests/fixtures/ze_temp_file.h"
+#include "tests/reader/reader_module_fixture.h"
+#include "tests/reader/reader_test_files.h"
+
+namespace readertest {
+namespace {
+
+class AudioReader : public ReaderTest {
+protected:
+    void OpenAudioFile(uint32_t audioScale = 1) {
+        VideoFile spec;
+        spec.audio = true;
+        spec.frames = 4;
+        spec.audioChunkBytes = 400;  // 100 sample frames of 16-bit stereo per chunk
+        layout = zetest::BuildAvi(WithScale(VideoSpec(spec), audioScale));
+        file = std::make_unique<zetest::TempFile>(layout.bytes);
+        ASSERT_EQ(S_OK, audio->InitAudioReader(file->c_str(), 0, 0, nullptr));
+    }
+    static zetest::AviSpec WithScale(zetest::AviSpec spec, uint32_t scale) {
+        spec.streams[1].scale = scale;
+        return spec;
+    }
+    // The stored audio bytes, chunk after chunk.
+    std::vector<uint8_t> StoredAudio() const {
+        std::vector<uint8_t> all;
+        for (size_t i = 1; i < layout.dataPos.size(); i += 2)
+            all.insert(all.end(), layout.bytes.begin() + static_cast<long>(layout.dataPos[i]),
+                       layout.bytes.begin() + static_cast<long>(layout.dataPos[i] + 400));
+        return all;
+    }
+
+    zetest::AviLayout layout;
+    std::unique_ptr<zetest::TempFile> file;
+};
+
+TEST_F(AudioReader, ReadsStoredBytesBySamplePosition) {
+    OpenAudioFile();
+    const std::vector<uint8_t> stored = StoredAudio();
+    ASSERT_EQ(1600u, stored.size());
+    // Across chunk boundaries, sequentially and after a jump back.
+    for (uint32_t start : {0u, 37u, 99u, 250u, 10u}) {
+        std::vector<uint8_t> got(4 * 120, 0xEE);
+        ASSERT_EQ(S_OK, audio->GetAudioBuffer(start, 0, got.data(), static_cast<LONG>(got.size()), nullptr));
+        const size_t end = std::min<size_t>(stored.size(), start * 4 + got.size());
+        EXPECT_EQ(0, std::memcmp(stored.data() + start * 4, got.data(), end - start * 4)) << "start " << start;
+        for (size_t i = end - start * 4; i < got.size(); ++i) ASSERT_EQ(0, got[i]) << "silence past the end";
+    }
+    EXPECT_TRUE(NothingReported());
+}
+
+TEST_F(AudioReader, BadArgumentsAndReadsPastTheEnd) {
+    OpenAudioFile();
+    uint8_t buffer[64];
+    EXPECT_EQ(E_POINTER, audio->GetAudioBuffer(0, 0, nullptr, 16, nullptr));
+    EXPECT_TRUE(ReportedOnce(E_POINTER, "CZEAviReader::GetAudioBuffer"));
+    EXPECT_EQ(E_INVALIDARG, audio->GetAudioBuffer(0, 0, buffer, 0, nullptr));
+    EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::GetAudioBuffer"));
+    EXPECT_EQ(E_INVALIDARG, audio->GetAudioBuffer(0, 0, buffer, -4, nullptr));
+    EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::GetAudioBuffer"));
+    // Far past the end: zeros and S_OK.
+    std::memset(buffer, 0xEE, sizeof(buffer));
+    EXPECT_EQ(S_OK, audio->GetAudioBuffer(0, 1, buffer, sizeof(buffer), nullptr));
+    for (uint8_t b : buffer) ASSERT_EQ(0, b);
+    TakeReports();
+    EXPECT_EQ(E_NOTIMPL, audio->GetFormatInfo(buffer));
+    EXPECT_TRUE(ReportedOnce(E_NOTIMPL, "CZEAviReader::GetFormatInfo"));
+    EXPECT_EQ(S_OK, audio->CloseAudioReader());
+}
+
+TEST_F(AudioReader, ReaderRecord) {
+    OpenAudioFile();
+    ZeReaderInfo info;
+    std::memset(&info, 0xCD, sizeof(info));
+    ASSERT_EQ(S_OK, audio->GetReaderInfo(&info, nullptr));
+    EXPECT_EQ(0xCDCDCDCDu, info.cbSize);
+    EXPECT_EQ(158u, info.kind);
+    EXPECT_EQ(4u, info.version);
+    EXPECT_EQ(0u, info.streamFlags);
+    EXPECT_EQ(2u, info.sampleKind);
+    EXPECT_EQ(0xCDCDCDCDu, info.reserved20);
+    EXPECT_EQ(400u, info.length);  // 1600 bytes of 4-byte sample frames
+    EXPECT_EQ(16u * 44100u, info.bitRatePerChannel);
+    EXPECT_EQ(1u, info.wFormatTag);
+    EXPECT_EQ(2u, info.nChannels);
+    EXPECT_EQ(44100u, info.nSamplesPerSec);
+    EXPECT_EQ(176400u, info.nAvgBytesPerSec);
+    EXPECT_EQ(4u, info.nBlockAlign);
+    EXPECT_EQ(16u, info.wBitsPerSample);
+    EXPECT_EQ(0u, info.cbExtra);
+    EXPECT_EQ(0xCDu, info.reserved36[0]);
+
+    EXPECT_EQ(E_POINTER, audio->GetReaderInfo(nullptr, nullptr));
+    EXPECT_TRUE(ReportedOnce(E_POINTER, "CZEAviReader::GetReaderInfo"));
+}
+
+TEST_F(AudioReader, ScaleZeroCountsAsOne) {
+    OpenAudioFile(0);
+    ZeReaderInfo info{};
+    ASSERT_EQ(S_OK, audio->GetReaderInfo(&info, nullptr));
+    EXPECT_EQ(16u * 44100u, info.bitRatePerChannel);
+}
+
+TEST_F(AudioReader, FilesWithoutUsableAudio) {
+    // Video only: the trial read fails; the reader record stays untouched.
+    zetest::TempFile silent(zetest::BuildAvi(VideoSpec({})).bytes);
+    EXPECT_EQ(E_FAIL, audio->InitAudioReader(silent.c_str(), 0, 0, nullptr));
+    const std::vector<std::string> reports = TakeReports();
+    ASSERT_EQ(2u, reports.size());
+    EXPECT_NE(std::string::npos, reports[0].find("CZeAviFileParser::GetSample"));
+    EXPECT_NE(std::string::npos, reports[1].find("CZEAviReader::InitAudioReader"));
+    // Every report names the file being opened.
+    EXPECT_NE(std::string::npos, reports[1].find(silent.Path()));
+    ZeReaderInfo info;
+    std::memset(&info, 0xCD, sizeof(info));
+    EXPECT_EQ(S_OK, audio->GetReaderInfo(&info, nullptr));
+    EXPECT_EQ(0xCDCDCDCDu, info.kind);
+
+    EXPECT_EQ(E_POINTER, audio->InitAudioReader(nullptr, 0, 0, nullptr));
+    EXPECT_TRUE(ReportedOnce(E_POINTER, "CZEAviReader::InitAudioReader"));
+}
+
+TEST_F(AudioReader, OpenFailuresLeaveTheObjectUsable) {
+    zetest::TempFile notAvi(std::vector<uint8_t>(100, 'x'));
+    EXPECT_EQ(E_AVI_NOVALIDFILE, audio->InitAudioReader(notAvi.c_str(), 0, 0, nullptr));
+    EXPECT_TRUE(ReportedOnce(E_AVI_NOVALIDFILE, "CZeAviFileParser::Parse"));
+    EXPECT_EQ(E_AVI_OPEN, audio->InitAudioReader("/no/such/file.avi", 0, 0, nullptr));
+    EXPECT_TRUE(ReportedOnce(E_AVI_OPEN, "CZeAviFileParser::OpenAVIFile"));
+    zetest::AviSpec spec = VideoSpec({});
+    spec.streams.push_back(zetest::PcmStream(2, 44100, 16));
+    spec.chunks.push_back({"01wb", std::vector<uint8_t>(400, 1)});
+    spec.truncateAt = 300;
+    zetest::TempFile cut(zetest::BuildAvi(spec).bytes);
+    EXPECT_EQ(E_AVI_READ, audio->InitAudioReader(cut.c_str(), 0, 0, nullptr));
+    TakeReports();
+    // The same object then opens a good file.
+    OpenAudioFile();
+    std::vector<uint8_t> got(16);
+    ASSERT_EQ(S_OK, audio->GetAudioBuffer(0, 0, got.data(), 16, nullptr));
+    EXPECT_EQ(0, std::memcmp(StoredAudio().data(), got.data(), 16));
+    EXPECT_TRUE(NothingReported());
+}
+
+}  // namespace
+}  // namespace readertest
