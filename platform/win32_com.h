@@ -53,7 +53,7 @@ typedef HRESULT(STDAPICALLTYPE* LPFNCANUNLOADNOW)();
 
 constexpr HRESULT CO_E_DLLNOTFOUND = static_cast<HRESULT>(0x800401F8u);
 constexpr HRESULT CO_E_ERRORINDLL = static_cast<HRESULT>(0x800401F9u);
-constexpr HRESULT CO_E_IIDSTRING = static_cast<HRESULT>(0x80040151u);
+constexpr HRESULT CO_E_IIDSTRING = static_cast<HRESULT>(0x800401F4u);
 constexpr HRESULT CO_S_NOTALLINTERFACES = static_cast<HRESULT>(0x00080012);
 
 // Apartments.
@@ -112,3 +112,6 @@ constexpr UINT CP_UTF8 = 65001;
 int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int bytes, WCHAR* wide, int wideChars);
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* wide, int wideChars, LPSTR text, int bytes,
                         LPCSTR defaultChar, LPBOOL usedDefault);
+
+// Automation types and monikers build on the declarations above.
+#include "platform/win32_ole.h"
