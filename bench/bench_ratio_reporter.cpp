@@ -23,7 +23,7 @@ public:
             const std::string group = name.substr(0, slash);
             std::string who = name.substr(slash + 1);
             who = who.substr(0, who.find('/'));
-            m_times[group][who] = run.GetAdjustedRealTime();
+            m_times[group][who] = run.GetAdjustedCPUTime();
         }
     }
 
@@ -40,7 +40,7 @@ public:
             std::printf("%-28s %14.3f %14.3f %14.3f %12.3f %12.3f\n", group.c_str(), ze, av, mc,
                         av > 0 ? ze / av : 0.0, mc > 0 ? ze / mc : 0.0);
         }
-        std::printf("(times per iteration in each benchmark's own unit; ratio < 1 means ours is faster)\n");
+        std::printf("(CPU time per iteration in each benchmark's own unit, steadier than wall time on a shared machine; ratio < 1: ours is faster)\n");
     }
 
 private:
