@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "host/exchange_client.h"
+
 namespace {
 
 typedef HRESULT (*GetClassObjectFn)(REFCLSID, REFIID, void**);
@@ -152,11 +154,32 @@ void ModuleSession::Check(HRESULT code, const std::string& what) const {
     if (FAILED(code)) throw HostError(code, what, m_log.LastReport());
 }
 
+namespace {
+
+// The module's own registration stores two bytes of every value, so the server path it leaves is not
+// one the COM runtime can load. The host writes the full path of the import module's class afterwards.
+HRESULT WriteServerPath(HMODULE module) {
+    char path[MAX_PATH + 1] = {};
+    const DWORD length = GetModuleFileNameA(module, path, MAX_PATH);
+    if (length == 0) return HRESULT_FROM_WIN32(GetLastError());
+    const std::string key = "CLSID\\" + GuidText(CLSID_ZEAviReaderModule) + "\\InprocServer32";
+    HKEY handle = nullptr;
+    LONG status = RegCreateKeyExA(HKEY_CLASSES_ROOT, key.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &handle,
+                                  nullptr);
+    if (status != ERROR_SUCCESS) return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
+    status = RegSetValueExA(handle, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(path), length + 1);
+    RegCloseKey(handle);
+    return status == ERROR_SUCCESS ? S_OK : HRESULT_FROM_WIN32(static_cast<DWORD>(status));
+}
+
+}  // namespace
+
 HRESULT RunRegistration(const ModuleOptions& options, bool registerServer) {
     const std::string path = options.modulePath.empty() ? DefaultModulePath() : options.modulePath;
     HMODULE module = LoadModule(path);
     auto run = Export<RegisterFn>(module, registerServer ? "DllRegisterServer" : "DllUnregisterServer");
-    const HRESULT hr = run ? run() : HRESULT_FROM_WIN32(ERROR_PROC_NOT_FOUND);
+    HRESULT hr = run ? run() : HRESULT_FROM_WIN32(ERROR_PROC_NOT_FOUND);
+    if (registerServer && SUCCEEDED(hr)) hr = WriteServerPath(module);
     FreeLibrary(module);
     return hr;
 }
