@@ -131,10 +131,9 @@ private:
     // Audio reader.
     bool m_audioOpen = false;
     bool m_keepErrorContext = false;  // while set, InitAudioReader keeps the report context
-    uint32_t m_audioWork[2] = {0, 0};
+    uint32_t m_audioWork[2] = {0, 0};  // per-open working values, cleared by every open and close
 
-    // Stream numbers chosen for the video and raw paths; -1 when none.
-    int32_t m_videoStream = -1;
+    // Stream number chosen for the raw path; -1 when none.
     int32_t m_rawStream = -1;
 
     // Raw access.
