@@ -72,10 +72,20 @@ HRESULT CZeAviFileParser::Seek(uint64_t* position, uint32_t* method) {
 HRESULT CZeAviFileParser::Read(void* buffer, uint64_t* count, uint64_t* bytesRead) {
     if (buffer == nullptr || count == nullptr || bytesRead == nullptr) return ReportError(kClass, "Read", E_POINTER);
     *bytesRead = 0;
-    if (*count != 0 && m_file.Read(buffer, count, bytesRead, nullptr) < 0) {
+    if (*count != 0 && FileRead(buffer, count, bytesRead) < 0) {
         return ReportError(kClass, "Read", E_AVI_READ);
     }
     return S_OK;
+}
+
+int32_t CZeAviFileParser::FileRead(void* buffer, uint64_t* count, uint64_t* bytesRead) {
+    // Guard: positions near 2^64 (a damaged 64-bit offset) would wrap once the count is added;
+    // a read that starts past the end of the file fails before it reaches the file layer.
+    if (m_file.IsOpen() && m_file.GetPosition() > m_file.GetFileSize()) {
+        *bytesRead = 0;
+        return E_FAIL;
+    }
+    return m_file.Read(buffer, count, bytesRead, nullptr);
 }
 
 HRESULT CZeAviFileParser::SeekTo(uint64_t position) {

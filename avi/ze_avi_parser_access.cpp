@@ -189,7 +189,7 @@ uint64_t CZeAviFileParser::GetOneAudioBlock(void* buffer, uint64_t* block, int32
     }
     uint64_t count = entry.GetSize() - static_cast<uint32_t>(*skip);
     uint64_t got = 0;
-    if (m_file.Read(buffer, &count, &got, nullptr) < 0) {
+    if (FileRead(buffer, &count, &got) < 0) {
         ReportError(kClass, method, E_AVI_READ);
         return 0;
     }
@@ -246,7 +246,7 @@ HRESULT CZeAviFileParser::GetSample(uint64_t* position, void* buffer, uint64_t* 
             }
             uint64_t wanted = take;
             uint64_t got = 0;
-            if (m_file.Read(out, &wanted, &got, nullptr) < 0) return ReportError(kClass, method, E_AVI_READ);
+            if (FileRead(out, &wanted, &got) < 0) return ReportError(kClass, method, E_AVI_READ);
             out += got;
             remaining -= got;
             inEntry += got;
