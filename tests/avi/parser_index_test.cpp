@@ -212,6 +212,19 @@ TEST(ParserIndex, RepeatedStandardIndexesStopAtTheFilesCapacity) {
     EXPECT_EQ(CountReports(E_AVI_STREAMINDEX, "FillSuperIndex"), 1);
 }
 
+// A super index entry pointing near the top of the 64-bit range reads nothing from anywhere.
+TEST(ParserIndex, StandardIndexPositionsPastTheFileFailAsReads) {
+    const AviLayout layout = BuildAvi(OdmlSpec(4, 0));
+    const uint64_t positions[] = {0xFFFFFFFFFFFFFFFEull, 0x7FFFFFFF00000000ull, layout.bytes.size() + 1};
+    for (uint64_t position : positions) {
+        std::vector<uint8_t> bytes = layout.bytes;
+        PatchU64(bytes, FindText(bytes, "indx") + 32, position);
+        ParsedBytes f(bytes);
+        EXPECT_EQ(f.parse, E_AVI_READ) << position;
+        EXPECT_EQ(CountReports(E_AVI_READ, "Read"), 1) << position;
+    }
+}
+
 TEST(ParserIndex, AnEmptySuperIndexOnThePrincipalStreamFallsBackToIdx1) {
     AviSpec spec = VideoAndPcmSpec(4, 30, 16);
     spec.streams[0].superIndex = SuperIndex::Empty;
