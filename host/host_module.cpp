@@ -8,8 +8,8 @@
 
 namespace {
 
-typedef HRESULT (*GetClassObjectFn)(REFCLSID, REFIID, void**);
-typedef HRESULT (*RegisterFn)();
+typedef HRESULT(STDAPICALLTYPE* GetClassObjectFn)(REFCLSID, REFIID, void**);
+typedef HRESULT(STDAPICALLTYPE* RegisterFn)();
 
 #ifdef _WIN32
 constexpr const char* kModuleFileName = "ZEAviReader.dll";

@@ -36,8 +36,8 @@ public:
     std::vector<LONG> kinds;
 };
 
-typedef HRESULT (*GetClassObjectFn)(REFCLSID, REFIID, void**);
-typedef HRESULT (*CanUnloadNowFn)();
+typedef HRESULT(STDAPICALLTYPE* GetClassObjectFn)(REFCLSID, REFIID, void**);
+typedef HRESULT(STDAPICALLTYPE* CanUnloadNowFn)();
 
 // The loaded module, shared by all tests of the process.
 struct LoadedModule {
