@@ -34,6 +34,11 @@ TEST(ModuleActivationTest, HostCreatesTheReaderThroughTheRegistry) {
     ZeModuleInfo info{};
     ASSERT_EQ(S_OK, plugIn->GetModuleInfo(&info));
     EXPECT_TRUE(IsEqualCLSID(CLSID_ZEAviReaderModule, info.clsid));
+    // The module's task memory is the host's: the strings are freed here.
+    ASSERT_NE(nullptr, info.fileType);
+    EXPECT_STREQ("AVI", info.fileType);
+    CoTaskMemFree(info.fileType);
+    CoTaskMemFree(info.description);
 
     // Both sides of the module agree on its unload state.
     HMODULE module = GetModuleHandleA(ZE_MODULE_PATH);
