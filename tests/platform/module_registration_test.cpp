@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cstdlib>
+#include <fstream>
 #include <map>
 #include <string>
 #include <sys/stat.h>
@@ -47,7 +48,14 @@ Store ClassesRoot() {
 class ModuleRegistrationTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        module_ = LoadLibraryA(ZE_MODULE_PATH);
+        // Loaded from a copy in the sandbox, so that the path written is told apart from the test
+        // program's own (both would otherwise start with the same two bytes).
+        modulePath_ = sandbox.Folder() + "/libzeavireader.so";
+        std::ifstream in(ZE_MODULE_PATH, std::ios::binary);
+        std::ofstream out(modulePath_, std::ios::binary);
+        out << in.rdbuf();
+        out.close();
+        module_ = LoadLibraryA(modulePath_.c_str());
         ASSERT_NE(nullptr, module_) << GetLastError();
         registerServer_ = reinterpret_cast<LPFNCANUNLOADNOW>(GetProcAddress(module_, "DllRegisterServer"));
         unregisterServer_ = reinterpret_cast<LPFNCANUNLOADNOW>(GetProcAddress(module_, "DllUnregisterServer"));
@@ -60,9 +68,10 @@ protected:
 
     // What the module must have written, from this test's own reading of the rows: each value is the
     // first two bytes of its text, stored without a zero.
-    static Store Expected() {
+    Store Expected() const {
         char resolved[PATH_MAX];
-        const std::string modulePath = ::realpath(ZE_MODULE_PATH, resolved) ? resolved : ZE_MODULE_PATH;
+        const std::string modulePath = ::realpath(modulePath_.c_str(), resolved) ? resolved : modulePath_;
+        EXPECT_EQ("/t", modulePath.substr(0, 2));
         const std::string reader = "CLSID\\{c3a8e5d1-6f2b-4a97-b0e4-19d7c5a3f260}";
         const std::string source = "CLSID\\{4B9E6A07-D2C8-4E1F-93A5-7F0C1B2D6E84}";
         const std::string render = "CLSID\\{7D3A51C2-9E4B-4F08-A6D1-2C5B8E90F143}";
@@ -100,6 +109,7 @@ protected:
     }
 
     RegistrySandbox sandbox;
+    std::string modulePath_;
     HMODULE module_ = nullptr;
     LPFNCANUNLOADNOW registerServer_ = nullptr;
     LPFNCANUNLOADNOW unregisterServer_ = nullptr;
