@@ -3,6 +3,7 @@
 
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -117,6 +118,26 @@ TEST(RegistryConcurrencyTest, RegisteringAndUnregisteringBesideOtherWritersKeeps
     EXPECT_EQ(static_cast<DWORD>(2 * kKeysPerProcess), CountSubKeys(HKEY_CLASSES_ROOT, "CLSID"));
     HKEY churn = nullptr;
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegOpenKeyExA(HKEY_CLASSES_ROOT, "CLSID\\{Churn}", 0, KEY_READ, &churn));
+}
+
+TEST(RegistryConcurrencyTest, ThreadsOfOneProcessWritingAtOnceLoseNothing) {
+    RegistrySandbox sandbox;
+    std::vector<std::thread> threads;
+    std::vector<int> errors(kProcesses, 0);
+    for (int t = 0; t < kProcesses; ++t) {
+        threads.emplace_back([t, &errors] {
+            for (int i = 0; i < kKeysPerProcess / 2; ++i)
+                errors[t] += SetNumber(HKEY_CURRENT_USER, "Threads", "T" + std::to_string(t) + "_" + std::to_string(i),
+                                       static_cast<DWORD>(t * 100 + i));
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (int t = 0; t < kProcesses; ++t) {
+        EXPECT_EQ(0, errors[t]);
+        for (int i = 0; i < kKeysPerProcess / 2; ++i)
+            EXPECT_EQ(static_cast<DWORD>(t * 100 + i),
+                      GetNumber(HKEY_CURRENT_USER, "Threads", "T" + std::to_string(t) + "_" + std::to_string(i)));
+    }
 }
 
 }  // namespace
