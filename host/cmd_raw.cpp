@@ -32,7 +32,8 @@ int RunRaw(const ModuleOptions& module, const RawOptions& options) {
     GUID subtype{};
     session.Check(session.Raw()->InitRawStream(options.file.c_str(), &subtype, 0),
                   "preparing raw access to " + options.file + " (raw access takes DV video, 'dvsd', only)");
-    auto output = CreateOutput(options.output);
+    // The output is created once the first sample is in hand, so a failed request leaves no file.
+    std::unique_ptr<FILE, FileCloser> output;
 
     if (options.frame) {
         const uint64_t frame = *options.frame;
@@ -56,6 +57,7 @@ int RunRaw(const ModuleOptions& module, const RawOptions& options) {
                                               static_cast<DWORD>(frame), &value),
                       "reading the index entry of frame " + std::to_string(frame));
         const DWORD frameBytes = entry.dwSize != 0 && entry.dwSize < bytes ? entry.dwSize : bytes;
+        output = CreateOutput(options.output);
         WriteAll(output.get(), sample, frameBytes, options.output);
         std::printf("%s: frame %llu, %u bytes -> %s\n", options.file.c_str(), static_cast<unsigned long long>(frame),
                     frameBytes, options.output.c_str());
@@ -68,6 +70,7 @@ int RunRaw(const ModuleOptions& module, const RawOptions& options) {
             DWORD bytes = 0;
             session.Check(session.Raw()->GetRawSample(ZE_RAW_AUDIO, ZE_TIME_100KTH_SECONDS, &time, &sample, nullptr, &bytes),
                           "reading stored audio chunk " + std::to_string(chunk));
+            if (!output) output = CreateOutput(options.output);
             WriteAll(output.get(), sample, bytes, options.output);
             total += bytes;
         }
@@ -75,6 +78,6 @@ int RunRaw(const ModuleOptions& module, const RawOptions& options) {
                     static_cast<unsigned long long>(options.audioChunks), static_cast<unsigned long long>(total),
                     options.output.c_str());
     }
-    if (std::fflush(output.get()) != 0) throw HostError(E_FAIL, "writing " + options.output);
+    if (output && std::fflush(output.get()) != 0) throw HostError(E_FAIL, "writing " + options.output);
     return 0;
 }
