@@ -121,6 +121,35 @@ TEST_P(RealRemux, FramesAndPcmAreTheOriginalBytes)
     EXPECT_TRUE(got == pcm);
 }
 
+// Every fifth frame after the first stored as a drop frame (index offset 0, nothing in 'movi'):
+// reading it gives the last frame actually read again, bytes and size.
+TEST_P(RealRemux, DropFramesRepeatTheFrameReadBefore)
+{
+    AviSpec dropped = spec;
+    size_t frame = 0;
+    for (ChunkSpec& c : dropped.chunks)
+        if (c.ckid == "00dc" && frame++ % 5 == 4)
+            c.drop = true;
+    TempFile avi(BuildAvi(dropped).bytes);
+    ParsedFile f(avi.Path());
+    ASSERT_TRUE(f.Ok());
+    std::vector<uint8_t> buffer(f.parser.GetMaxVideoFrameSize());
+    const ChunkSpec* lastStored = nullptr;
+    uint64_t asked = 0;
+    for (const ChunkSpec& c : dropped.chunks) {
+        if (c.ckid != "00dc")
+            continue;
+        if (!c.drop)
+            lastStored = &c;
+        uint64_t n = asked++, bytesRead = 0;
+        uint8_t flags = 0;
+        int16_t tolerance = 0;
+        ASSERT_EQ(f.parser.GetFrame(buffer.data(), &n, &bytesRead, &flags, &tolerance), 0) << "frame " << n;
+        ASSERT_EQ(bytesRead, lastStored->data.size()) << "frame " << n;
+        EXPECT_TRUE(std::equal(lastStored->data.begin(), lastStored->data.end(), buffer.begin())) << "frame " << n;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Forms, RealRemux, ::testing::ValuesIn(kForms),
                          [](const ::testing::TestParamInfo<Form>& p) { return std::string(p.param.name); });
 
