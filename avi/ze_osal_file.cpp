@@ -82,20 +82,20 @@ uint32_t CZeFileView::MapRange(const uint8_t** data, uint32_t* size, uint64_t of
     if (size == nullptr || data == nullptr || offset == UINT64_MAX) return ERROR_INVALID_PARAMETER;
     if (IsNoHandle(m_mapping) || IsNoHandle(m_file)) return ERROR_INVALID_HANDLE;
 
+    m_viewPosition = 0;
+    // A start past the end is refused before offset and size are added, so that an offset near
+    // 2^64 cannot wrap around into a range inside the file.
+    if (offset > m_fileSize) {
+        if (m_viewBase) {
+            UnmapViewOfFile(m_viewBase);
+            m_viewBase = nullptr;
+        }
+        return ERROR_INVALID_PARAMETER;
+    }
     const uint64_t end = offset + *size;
     uint64_t excess = 0;
-    m_viewPosition = 0;
-    if (end > m_fileSize) {
-        if (offset > m_fileSize) {
-            if (m_viewBase) {
-                UnmapViewOfFile(m_viewBase);
-                m_viewBase = nullptr;
-            }
-            return ERROR_INVALID_PARAMETER;
-        }
-        // A read that starts exactly at the end of the file is allowed; all of it is excess.
-        excess = end - m_fileSize;
-    }
+    // A read that starts exactly at the end of the file is allowed; all of it is excess.
+    if (end > m_fileSize) excess = end - m_fileSize;
 
     uint64_t viewStart = 0;
     uint64_t delta = 0;

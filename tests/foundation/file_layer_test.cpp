@@ -190,6 +190,8 @@ TEST(FileView, ArgumentAndHandleChecks) {
     EXPECT_EQ(data[0], PatternBytes(100)[60]);
     size = 1;
     EXPECT_EQ(view.MapRange(&data, &size, 101), ERROR_INVALID_PARAMETER);
+    size = 64;  // an offset that would wrap past 2^64 with the size added
+    EXPECT_EQ(view.MapRange(&data, &size, UINT64_MAX - 10), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(view.GetFileSize(), 100u);
     EXPECT_EQ(view.Reset(), 0u);
     EXPECT_EQ(view.GetFileSize(), 0u);
