@@ -70,7 +70,8 @@ TEST_P(InfoAgainstFfprobe, StreamDescription) {
     const json info = json::parse(run.out);
     const json& si = info["streamInfo"];
     ASSERT_TRUE(si.is_object()) << run.out;
-    for (const json& s : ProbeStreams(path)["streams"]) {
+    const json probed = ProbeStreams(path);
+    for (const json& s : probed["streams"]) {
         if (s["codec_type"] == "video") {
             EXPECT_EQ(s["width"].get<int>(), si["width"].get<int>());
             EXPECT_EQ(s["height"].get<int>(), std::abs(si["height"].get<int>()));
