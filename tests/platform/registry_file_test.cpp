@@ -87,6 +87,30 @@ TEST_F(RegistryFileTest, ReadsHandWrittenFilesAndSkipsDamagedLines) {
     EXPECT_EQ(REG_DWORD, type);
 }
 
+TEST_F(RegistryFileTest, GarbageInTheFileIsNoObstacle) {
+    // Bytes of every value, long lines, stray brackets and quotes: nothing parses, nothing breaks.
+    std::string garbage = "REGEDIT4\n[HKEY_CURRENT_USER\\Good]\n\"v\"=dword:00000001\n";
+    uint32_t state = 12345;
+    for (int i = 0; i < 20000; ++i) {
+        state = state * 1103515245u + 12345u;
+        garbage.push_back(static_cast<char>(state >> 16));
+    }
+    garbage +=
+        "\n[HKEY_CURRENT_USER\\\\Empty\\\\Parts]\n\"unterminated=\"x\n@=hex:zz\n\"a\"=hex(zz):00\n[HKEY_CURRENT_USER\n";
+    sandbox.WriteFileText(garbage);
+
+    DWORD type = 0;
+    EXPECT_EQ((std::vector<BYTE>{1, 0, 0, 0}), Query(HKEY_CURRENT_USER, "Good", "v", &type));
+    HKEY key = nullptr;
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegOpenKeyExA(HKEY_CURRENT_USER, "Empty", 0, KEY_READ, &key));
+    // The next change writes a clean file that keeps what could be read.
+    Write(HKEY_CURRENT_USER, "Good", "w", REG_SZ, "ok", 3);
+    EXPECT_EQ((std::vector<BYTE>{1, 0, 0, 0}), Query(HKEY_CURRENT_USER, "Good", "v", &type));
+    const std::string text = sandbox.FileText();
+    EXPECT_EQ(0u, text.find("REGEDIT4\n"));
+    EXPECT_LT(text.size(), 200u);  // the garbage is gone
+}
+
 TEST_F(RegistryFileTest, EverythingSurvivesARewriteOfTheFile) {
     Write(HKEY_CURRENT_USER, "A\\B", "s", REG_SZ, "text", 5);
     const BYTE all[] = {0, 0x0A, 0x0D, '"', '\\', 0xFF};
