@@ -11,17 +11,17 @@ namespace {
 class AudioReader : public ReaderTest {
 protected:
     void OpenAudioFile(uint32_t audioScale = 1) {
-        VideoFile spec;
-        spec.audio = true;
-        spec.frames = 4;
-        spec.audioChunkBytes = 400;  // 100 sample frames of 16-bit stereo per chunk
-        layout = zetest::BuildAvi(WithScale(VideoSpec(spec), audioScale));
+        VideoFile plan;
+        plan.audio = true;
+        plan.frames = 4;
+        plan.audioChunkBytes = 400;  // 100 sample frames of 16-bit stereo per chunk
+        layout = zetest::BuildAvi(WithScale(VideoAvi(plan), audioScale));
         file = std::make_unique<zetest::TempFile>(layout.bytes);
         ASSERT_EQ(S_OK, audio->InitAudioReader(file->c_str(), 0, 0, nullptr));
     }
-    static zetest::AviSpec WithScale(zetest::AviSpec spec, uint32_t scale) {
-        spec.streams[1].scale = scale;
-        return spec;
+    static zetest::AviSpec WithScale(zetest::AviSpec plan, uint32_t scale) {
+        plan.streams[1].scale = scale;
+        return plan;
     }
     // The stored audio bytes, chunk after chunk.
     std::vector<uint8_t> StoredAudio() const {
@@ -105,7 +105,7 @@ TEST_F(AudioReader, ScaleZeroCountsAsOne) {
 
 TEST_F(AudioReader, FilesWithoutUsableAudio) {
     // Video only: the trial read fails; the reader record stays untouched.
-    zetest::TempFile silent(zetest::BuildAvi(VideoSpec({})).bytes);
+    zetest::TempFile silent(zetest::BuildAvi(VideoAvi({})).bytes);
     EXPECT_EQ(E_FAIL, audio->InitAudioReader(silent.c_str(), 0, 0, nullptr));
     const std::vector<std::string> reports = TakeReports();
     ASSERT_EQ(2u, reports.size());
@@ -128,11 +128,11 @@ TEST_F(AudioReader, OpenFailuresLeaveTheObjectUsable) {
     EXPECT_TRUE(ReportedOnce(E_AVI_NOVALIDFILE, "CZeAviFileParser::Parse"));
     EXPECT_EQ(E_AVI_OPEN, audio->InitAudioReader("/no/such/file.avi", 0, 0, nullptr));
     EXPECT_TRUE(ReportedOnce(E_AVI_OPEN, "CZeAviFileParser::OpenAVIFile"));
-    zetest::AviSpec spec = VideoSpec({});
-    spec.streams.push_back(zetest::PcmStream(2, 44100, 16));
-    spec.chunks.push_back({"01wb", std::vector<uint8_t>(400, 1)});
-    spec.truncateAt = 300;
-    zetest::TempFile cut(zetest::BuildAvi(spec).bytes);
+    zetest::AviSpec plan = VideoAvi({});
+    plan.streams.push_back(zetest::PcmStream(2, 44100, 16));
+    plan.chunks.push_back({"01wb", std::vector<uint8_t>(400, 1)});
+    plan.truncateAt = 300;
+    zetest::TempFile cut(zetest::BuildAvi(plan).bytes);
     EXPECT_EQ(E_AVI_READ, audio->InitAudioReader(cut.c_str(), 0, 0, nullptr));
     TakeReports();
     // The same object then opens a good file.

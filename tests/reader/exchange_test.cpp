@@ -11,8 +11,8 @@ namespace {
 
 class Exchange : public ReaderTest {
 protected:
-    void Open(const zetest::AviSpec& spec) {
-        layout = zetest::BuildAvi(spec);
+    void Open(const zetest::AviSpec& plan) {
+        layout = zetest::BuildAvi(plan);
         file = std::make_unique<zetest::TempFile>(layout.bytes);
         ASSERT_EQ(S_OK, exchange->Set(ZE_XP_FILE_PATH, 0, 0, ZE_XT_TEXT, static_cast<DWORD>(file->Path().size() + 1),
                                       file->c_str(), 0, nullptr));
@@ -56,14 +56,14 @@ TEST_F(Exchange, NothingOpenYet) {
     // An open that fails leaves the exchange ready for another file.
     EXPECT_EQ(E_AVI_OPEN, exchange->Set(ZE_XP_FILE_PATH, 0, 0, ZE_XT_TEXT, 10, "/no/such", 0, nullptr));
     EXPECT_TRUE(ReportedOnce(E_AVI_OPEN, "CZeAviFileParser::OpenAVIFile"));
-    Open(VideoSpec({}));
+    Open(VideoAvi({}));
     EXPECT_EQ(S_OK, Read(ZE_XP_MAIN_HEADER, 0, 0, &header));
 }
 
 TEST_F(Exchange, HeadersFormatsAndNames) {
-    VideoFile spec;
-    spec.audio = true;
-    zetest::AviSpec avi = VideoSpec(spec);
+    VideoFile plan;
+    plan.audio = true;
+    zetest::AviSpec avi = VideoAvi(plan);
     avi.streams[1].name = "commentary";
     Open(avi);
 
@@ -121,10 +121,10 @@ TEST_F(Exchange, HeadersFormatsAndNames) {
 }
 
 TEST_F(Exchange, IndexEntriesInBatches) {
-    VideoFile spec;
-    spec.frames = 10;
-    spec.audio = true;
-    Open(VideoSpec(spec));
+    VideoFile plan;
+    plan.frames = 10;
+    plan.audio = true;
+    Open(VideoAvi(plan));
     uint32_t count = 0;
     ASSERT_EQ(S_OK, Read(ZE_XP_INDEX_COUNT, 0, 0, &count));
     ASSERT_EQ(10u, count);
@@ -192,7 +192,7 @@ protected:
         PutPack(rich, PackSearchOffset(2), 0x7F, 0xFF, 0xFF, 0x34, 0x12);
         PutPack(rich, PackSearchOffset(3), 0x62, 0xFF, 0x31, 0x12, 0x24);
         PutPack(rich, PackSearchOffset(4), 0x63, 0xFF, 0x59, 0x58, 0x23);
-        Open(DvSpec({rich, DvFrame(2)}, 0));
+        Open(DvAvi({rich, DvFrame(2)}, 0));
     }
 };
 
@@ -285,7 +285,7 @@ TEST_F(DvExchange, RecordingDateAndParameters) {
 }
 
 TEST_F(Exchange, DvValuesOfOtherFiles) {
-    Open(VideoSpec({}));
+    Open(VideoAvi({}));
     ZeXpDVVideoParams params{};
     EXPECT_EQ(E_AVI_NOVALIDFILE, Read(ZE_XP_DV_VIDEO_PARAMS, 0, 0, &params));
     EXPECT_TRUE(ReportedOnce(E_AVI_NOVALIDFILE, "CZEAviReader::IZEClientServerExchange2::Get"));

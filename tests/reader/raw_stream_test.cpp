@@ -15,7 +15,7 @@ protected:
     void OpenDv(size_t frames = 4, size_t audioChunk = kAudioChunk) {
         std::vector<std::vector<uint8_t>> list;
         for (size_t i = 0; i < frames; ++i) list.push_back(DvFrame(static_cast<uint8_t>(i * 11)));
-        layout = zetest::BuildAvi(DvSpec(list, audioChunk));
+        layout = zetest::BuildAvi(DvAvi(list, audioChunk));
         file = std::make_unique<zetest::TempFile>(layout.bytes);
         GUID selected{};
         ASSERT_EQ(S_OK, raw->InitRawStream(file->c_str(), &selected, 0));
@@ -149,9 +149,9 @@ TEST_F(RawStream, MediaTypes) {
 }
 
 TEST_F(RawStream, NotDv) {
-    VideoFile spec;
-    spec.audio = true;
-    zetest::TempFile xvid(zetest::BuildAvi(VideoSpec(spec)).bytes);
+    VideoFile plan;
+    plan.audio = true;
+    zetest::TempFile xvid(zetest::BuildAvi(VideoAvi(plan)).bytes);
     GUID selected{};
     EXPECT_EQ(E_INVALIDARG, raw->InitRawStream(xvid.c_str(), &selected, 0));
     EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::InitRawStream"));

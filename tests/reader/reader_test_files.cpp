@@ -2,20 +2,20 @@
 
 namespace readertest {
 
-zetest::AviSpec VideoSpec(const VideoFile& file) {
-    zetest::AviSpec spec;
-    spec.width = static_cast<uint32_t>(file.width);
-    spec.height = static_cast<uint32_t>(file.height);
-    spec.streams.push_back(zetest::VideoStream(file.handler, file.width, file.height, file.rate, file.scale));
-    if (file.audio) spec.streams.push_back(zetest::PcmStream(2, 44100, 16));
+zetest::AviSpec VideoAvi(const VideoFile& file) {
+    zetest::AviSpec plan;
+    plan.width = static_cast<uint32_t>(file.width);
+    plan.height = static_cast<uint32_t>(file.height);
+    plan.streams.push_back(zetest::VideoStream(file.handler, file.width, file.height, file.rate, file.scale));
+    if (file.audio) plan.streams.push_back(zetest::PcmStream(2, 44100, 16));
     const auto video = zetest::PatternChunks("00dc", file.frames, file.frameBytes, 1);
     const auto sound = zetest::PatternChunks("01wb", file.frames, file.audioChunkBytes, 7);
     for (size_t i = 0; i < file.frames; ++i) {
-        spec.chunks.push_back(video[i]);
-        if (i == 0 && !file.firstFrame.empty()) spec.chunks.back().data = file.firstFrame;
-        if (file.audio) spec.chunks.push_back(sound[i]);
+        plan.chunks.push_back(video[i]);
+        if (i == 0 && !file.firstFrame.empty()) plan.chunks.back().data = file.firstFrame;
+        if (file.audio) plan.chunks.push_back(sound[i]);
     }
-    return spec;
+    return plan;
 }
 
 std::vector<uint8_t> DvFrame(uint8_t seed) {
@@ -37,24 +37,24 @@ void PutPack(std::vector<uint8_t>& frame, size_t offset, uint8_t header, uint8_t
 
 size_t PackSearchOffset(size_t i) { return 5 * (i + i / 15) + 243; }
 
-zetest::AviSpec DvSpec(const std::vector<std::vector<uint8_t>>& frames, size_t audioChunkBytes) {
-    zetest::AviSpec spec;
-    spec.width = 720;
-    spec.height = 576;
-    spec.streams.push_back(zetest::VideoStream("dvsd", 720, 576, 25, 1));
+zetest::AviSpec DvAvi(const std::vector<std::vector<uint8_t>>& frames, size_t audioChunkBytes) {
+    zetest::AviSpec plan;
+    plan.width = 720;
+    plan.height = 576;
+    plan.streams.push_back(zetest::VideoStream("dvsd", 720, 576, 25, 1));
     if (audioChunkBytes) {
-        spec.streams.push_back(zetest::PcmStream(2, 48000, 16));
-        spec.streams.back().suggestedBufferSize = static_cast<uint32_t>(audioChunkBytes);
+        plan.streams.push_back(zetest::PcmStream(2, 48000, 16));
+        plan.streams.back().suggestedBufferSize = static_cast<uint32_t>(audioChunkBytes);
     }
     const auto sound = zetest::PatternChunks("01wb", frames.size(), audioChunkBytes ? audioChunkBytes : 4, 3);
     for (size_t i = 0; i < frames.size(); ++i) {
         zetest::ChunkSpec chunk;
         chunk.ckid = "00dc";
         chunk.data = frames[i];
-        spec.chunks.push_back(chunk);
-        if (audioChunkBytes) spec.chunks.push_back(sound[i]);
+        plan.chunks.push_back(chunk);
+        if (audioChunkBytes) plan.chunks.push_back(sound[i]);
     }
-    return spec;
+    return plan;
 }
 
 }  // namespace readertest

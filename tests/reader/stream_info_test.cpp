@@ -16,8 +16,8 @@ protected:
                              file.c_str(), 0, nullptr);
     }
     // The record after GetStreamInfo on a record filled with 0xCD first.
-    HRESULT Describe(const zetest::AviSpec& spec, ZeStreamInfo* info) {
-        zetest::TempFile file(zetest::BuildAvi(spec).bytes);
+    HRESULT Describe(const zetest::AviSpec& plan, ZeStreamInfo* info) {
+        zetest::TempFile file(zetest::BuildAvi(plan).bytes);
         EXPECT_EQ(S_OK, Open(file));
         std::memset(info, 0xCD, sizeof(*info));
         return video->GetStreamInfo(info);
@@ -66,19 +66,19 @@ TEST_F(StreamInfo, CheckFileBadArguments) {
 }
 
 TEST_F(StreamInfo, CheckFileAfterAParseAcceptsAnyPath) {
-    zetest::TempFile file(zetest::BuildAvi(VideoSpec({})).bytes);
+    zetest::TempFile file(zetest::BuildAvi(VideoAvi({})).bytes);
     ASSERT_EQ(S_OK, Open(file));
     EXPECT_EQ(S_OK, video->CheckFile("/no/such/dir/clip.avi", nullptr, nullptr));
     EXPECT_TRUE(NothingReported());
 }
 
 TEST_F(StreamInfo, RecordByteForByte) {
-    VideoFile spec;
-    spec.audio = true;
-    spec.firstFrame = std::vector<uint8_t>(64, 0);
-    spec.firstFrame[10] = 0x15;
+    VideoFile plan;
+    plan.audio = true;
+    plan.firstFrame = std::vector<uint8_t>(64, 0);
+    plan.firstFrame[10] = 0x15;
     ZeStreamInfo info;
-    ASSERT_EQ(S_OK, Describe(VideoSpec(spec), &info));
+    ASSERT_EQ(S_OK, Describe(VideoAvi(plan), &info));
 
     uint8_t expected[608] = {};
     auto u32 = [&](size_t at, uint32_t v) { std::memcpy(expected + at, &v, 4); };
@@ -122,15 +122,15 @@ TEST_F(StreamInfo, AspectRule) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        VideoFile spec;
-        spec.width = c.width;
-        spec.height = c.height;
-        spec.firstFrame = std::vector<uint8_t>(64, 0);
-        spec.firstFrame[10] = c.aspectByte;
+        VideoFile plan;
+        plan.width = c.width;
+        plan.height = c.height;
+        plan.firstFrame = std::vector<uint8_t>(64, 0);
+        plan.firstFrame[10] = c.aspectByte;
         ReaderTest::TearDown();
         ReaderTest::SetUp();
         ZeStreamInfo info;
-        ASSERT_EQ(S_OK, Describe(VideoSpec(spec), &info));
+        ASSERT_EQ(S_OK, Describe(VideoAvi(plan), &info));
         EXPECT_EQ(c.aspect, info.aspectRatio);
         EXPECT_EQ(c.aspect > 0.0 ? 1375u + 0x200u : 1375u, info.capabilities);
         EXPECT_EQ(1u, info.streamKinds);
@@ -144,7 +144,7 @@ TEST_F(StreamInfo, DvAspectFromTheFrame) {
     // VAUX source control in slot 40: s = 0, d = 2 is 16:9.
     PutPack(frame, 453, 0x61, 0x00, 0x02, 0x00, 0xFF);
     ZeStreamInfo info;
-    ASSERT_EQ(S_OK, Describe(DvSpec({frame, frame}, 0), &info));
+    ASSERT_EQ(S_OK, Describe(DvAvi({frame, frame}, 0), &info));
     EXPECT_DOUBLE_EQ(16.0 / 9.0, info.aspectRatio);
     EXPECT_EQ(720, info.width);
     EXPECT_EQ(576, info.height);
@@ -157,7 +157,7 @@ TEST_F(StreamInfo, RateScaleAndCompressionFlags) {
     avc.rate = 30000;
     avc.scale = 1001;
     ZeStreamInfo info;
-    ASSERT_EQ(S_OK, Describe(VideoSpec(avc), &info));
+    ASSERT_EQ(S_OK, Describe(VideoAvi(avc), &info));
     EXPECT_EQ(0x01000000u, info.formatFlags);
     EXPECT_DOUBLE_EQ(30000.0 / 1001.0, info.frameRate);
 
@@ -165,7 +165,7 @@ TEST_F(StreamInfo, RateScaleAndCompressionFlags) {
     ReaderTest::SetUp();
     VideoFile noScale;
     noScale.scale = 0;
-    ASSERT_EQ(S_OK, Describe(VideoSpec(noScale), &info));
+    ASSERT_EQ(S_OK, Describe(VideoAvi(noScale), &info));
     EXPECT_EQ(0u, info.formatFlags);
     EXPECT_EQ(0.0, info.frameRate);
 }
@@ -178,10 +178,10 @@ TEST_F(StreamInfo, Failures) {
     EXPECT_TRUE(ReportedOnce(E_AVI_PARSE, "CZEAviReader::GetStreamInfo"));
 
     // Audio only: the call fails and leaves only the first three fields written.
-    zetest::AviSpec spec;
-    spec.streams.push_back(zetest::PcmStream(2, 32000, 16));
-    spec.chunks = zetest::PatternChunks("00wb", 4, 512);
-    ASSERT_EQ(E_POINTER, Describe(spec, &info));
+    zetest::AviSpec plan;
+    plan.streams.push_back(zetest::PcmStream(2, 32000, 16));
+    plan.chunks = zetest::PatternChunks("00wb", 4, 512);
+    ASSERT_EQ(E_POINTER, Describe(plan, &info));
     EXPECT_TRUE(ReportedOnce(E_POINTER, "CZEAviReader::GetStreamInfo"));
     EXPECT_EQ(608u, info.cbSize);
     EXPECT_EQ(1375u, info.capabilities);
