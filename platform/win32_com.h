@@ -6,7 +6,8 @@
 //
 // Activation on POSIX: CoGetClassObject first asks the table of built-in classes that the process
 // registers with ZeRegisterBuiltinClass, then reads the default value of
-// HKEY_CLASSES_ROOT\CLSID\{...}\InprocServer32, loads that module and calls its DllGetClassObject.
+// HKEY_CLASSES_ROOT\CLSID\{...}\InprocServer32 (REG_SZ, or REG_EXPAND_SZ with its %VARIABLES%
+// filled in from the environment), loads that module and calls its DllGetClassObject.
 // Modules loaded this way stay loaded until CoFreeUnusedLibraries finds that they can unload.
 #pragma once
 

@@ -1,5 +1,6 @@
 // Activation: built-in classes first, then in-process servers registered under
 // HKEY_CLASSES_ROOT\CLSID\{...}\InprocServer32.
+#include <cstdlib>
 #include <mutex>
 #include <new>
 #include <string>
@@ -72,6 +73,29 @@ std::string GuidText(REFGUID guid) {
     return std::string(wide, wide + 38);  // the text is ASCII
 }
 
+// %NAME% replaced by the environment variable's value; unknown names and a lone % stay as written.
+std::string ExpandVariables(const std::string& text) {
+    std::string out;
+    size_t pos = 0;
+    while (pos < text.size()) {
+        const size_t open = text.find('%', pos);
+        const size_t close = open == std::string::npos ? std::string::npos : text.find('%', open + 1);
+        if (close == std::string::npos) break;
+        out.append(text, pos, open - pos);
+        const std::string name = text.substr(open + 1, close - open - 1);
+        const char* value = name.empty() ? nullptr : std::getenv(name.c_str());
+        if (value != nullptr) {
+            out += value;
+            pos = close + 1;
+        } else {
+            out.push_back('%');  // not a variable: keep it and look again from the second %
+            pos = open + 1;
+        }
+    }
+    out.append(text, pos, std::string::npos);
+    return out;
+}
+
 // The module path registered for the class, or REGDB_E_CLASSNOTREG.
 HRESULT InprocServerPath(REFCLSID clsid, std::string& path) {
     const std::string keyName = "CLSID\\" + GuidText(clsid) + "\\InprocServer32";
@@ -88,6 +112,7 @@ HRESULT InprocServerPath(REFCLSID clsid, std::string& path) {
         return REGDB_E_CLASSNOTREG;
     path.assign(reinterpret_cast<const char*>(data.data()), size);
     path = path.c_str();  // up to the first zero, when there is one
+    if (type == REG_EXPAND_SZ) path = ExpandVariables(path);
     return path.empty() ? REGDB_E_CLASSNOTREG : S_OK;
 }
 

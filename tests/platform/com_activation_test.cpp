@@ -2,6 +2,7 @@
 // of each step.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -179,6 +180,22 @@ TEST_F(ComActivationTest, InprocServerFromTheRegistry) {
     ASSERT_EQ(S_OK, adder->Add(40, 2, &sum));
     EXPECT_EQ(42, sum);
     EXPECT_EQ(1, adder->LiveObjects());
+
+    // A REG_EXPAND_SZ path has its environment variables filled in.
+    const std::string full = ZE_TEST_SERVER_PATH;
+    const size_t slash = full.rfind('/');
+    ::setenv("ZE_TEST_SERVER_FOLDER", full.substr(0, slash).c_str(), 1);
+    RegisterServer(CLSID_ZeTestAdder, "%ZE_TEST_SERVER_FOLDER%" + full.substr(slash), REG_EXPAND_SZ);
+    IZeTestAdder* second = nullptr;
+    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_ZeTestAdder, nullptr, CLSCTX_INPROC_SERVER, IID_IZeTestAdder,
+                                     reinterpret_cast<void**>(&second)));
+    EXPECT_EQ(2, second->LiveObjects());
+    second->Release();
+    RegisterServer(CLSID_ZeTestAdder, "%NO_SUCH_VARIABLE_HERE%" + full.substr(slash), REG_EXPAND_SZ);
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND),
+              CoCreateInstance(CLSID_ZeTestAdder, nullptr, CLSCTX_INPROC_SERVER, IID_IZeTestAdder,
+                               reinterpret_cast<void**>(&second)));
+    RegisterServer(CLSID_ZeTestAdder, windowsPath);
 
     // The server is asked for a class it does not have: its own answer comes back.
     RegisterServer(kBuiltinClass, ZE_TEST_SERVER_PATH);
