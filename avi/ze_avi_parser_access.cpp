@@ -298,7 +298,9 @@ uint32_t CZeAviFileParser::GetMaxVideoFrameSize() const {
         const CZeAviStreamList* video = GetStream(number);
         if (video != nullptr) largest = std::max(largest, video->GetMaxChunkSize());
     }
-    return largest;
+    // No read delivers more than the file holds, so a damaged index entry that claims more than
+    // that does not make callers size their frame buffers beyond the file.
+    return static_cast<uint32_t>(std::min<uint64_t>(largest, GetFileSize()));
 }
 
 uint32_t CZeAviFileParser::GetMaxAudioChunkSize() const {

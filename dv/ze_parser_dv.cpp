@@ -33,11 +33,15 @@ void FrameExtent(const CZeAviIndexListChunk& index, uint64_t entry, uint64_t* po
 // A zeroed frame buffer for the two parameter steps, sized by the frame's index entry; reports
 // under `method`. GetFrame may deliver any frame of the video stream (a drop frame brings the
 // last frame read), so the buffer never holds less than the largest of them.
-HRESULT AllocateFrame(uint32_t size, uint32_t largestFrame, std::vector<uint8_t>* frame, const char* method) {
+// A read never delivers more bytes than the file holds, so the buffer is capped at the file's
+// size: a damaged index or header cannot make us allocate gigabytes for a small file.
+HRESULT AllocateFrame(uint32_t size, uint32_t largestFrame, uint64_t fileSize, std::vector<uint8_t>* frame,
+                      const char* method) {
     // An entry past the index has the size all ones; such an allocation is refused outright.
     if (size == kAllOnes) return ReportError(kClass, method, E_OUTOFMEMORY);
     try {
-        frame->assign(size > largestFrame ? size : largestFrame, 0);
+        const uint64_t wanted = size > largestFrame ? size : largestFrame;
+        frame->assign(static_cast<size_t>(wanted < fileSize ? wanted : fileSize), 0);
     } catch (const std::bad_alloc&) {
         return ReportError(kClass, method, E_OUTOFMEMORY);
     }
@@ -58,7 +62,7 @@ HRESULT CZeAviFileParser::DecodeDVVideoParams() {
     LookupEntry(0, first, &position, &size);
     if (size == 0) return ReportError(kClass, "DecodeDVVideoParams", E_AVI_STREAMINDEX);
     std::vector<uint8_t> frame;
-    HRESULT hr = AllocateFrame(size, GetMaxVideoFrameSize(), &frame, "DecodeDVVideoParams");
+    HRESULT hr = AllocateFrame(size, GetMaxVideoFrameSize(), GetFileSize(), &frame, "DecodeDVVideoParams");
     if (FAILED(hr)) return hr;
 
     // The frame after the first is tried first. One larger than the first counts as a failed read
@@ -97,7 +101,7 @@ HRESULT CZeAviFileParser::DecodeDVAudioParams() {
     uint32_t size = 0;
     LookupEntry(0, number, &position, &size);
     std::vector<uint8_t> frame;
-    HRESULT hr = AllocateFrame(size, GetMaxVideoFrameSize(), &frame, "DecodeDVAudioParams");
+    HRESULT hr = AllocateFrame(size, GetMaxVideoFrameSize(), GetFileSize(), &frame, "DecodeDVAudioParams");
     if (FAILED(hr)) return hr;
     uint64_t bytesRead = 0;
     uint8_t flags = 0;
@@ -149,7 +153,10 @@ HRESULT CZeAviFileParser::CreateIavsAudioStreams() {
     if (FAILED(hr)) return hr;
 
     try {
-        m_dvFrameBuffer = std::vector<uint8_t>(video.GetSuggestedBufferSize());
+        // Frames are read into this buffer, and no read yields more than the file holds: the
+        // suggested size is capped at the file's size so a damaged header cannot claim gigabytes.
+        const uint64_t suggested = video.GetSuggestedBufferSize();
+        m_dvFrameBuffer = std::vector<uint8_t>(static_cast<size_t>(suggested < GetFileSize() ? suggested : GetFileSize()));
         m_dvState = std::make_shared<ZeDVStreamState>();
     } catch (const std::bad_alloc&) {
         return ReportError(kClass, "CreateIavsAudioStreams", E_OUTOFMEMORY);
