@@ -9,14 +9,15 @@
 
 namespace {
 
-// Sample frames of the audio stream: its stored bytes over the block size, or the stream header's
-// length when the stream has no index of its own (sound taken out of interleaved DV frames).
-uint64_t SampleFrames(ExchangeClient& exchange, const ZeReaderInfo& info) {
+// Sample frames of the audio stream: its stored bytes over the bytes of one sample frame, or the
+// stream header's length when the stream has no index of its own (sound taken out of interleaved DV
+// frames).
+uint64_t SampleFrames(ExchangeClient& exchange, const ZeReaderInfo& info, uint32_t frameBytes) {
     const auto roles = exchange.GetRecord<ZeXpStreamRoles>(ZE_XP_STREAM_ROLES);
     if (roles.firstAudio >= 0) {
         uint64_t bytes = 0;
         for (const ZeXpIndexEntry& e : exchange.GetIndex(static_cast<uint32_t>(roles.firstAudio))) bytes += e.dwSize;
-        if (bytes > 0) return bytes / info.nBlockAlign;
+        if (bytes > 0) return bytes / frameBytes;
     }
     return info.length;
 }
@@ -31,25 +32,28 @@ int RunAudio(const ModuleOptions& module, const std::string& file, const std::st
     ZeReaderInfo info{};
     info.cbSize = sizeof(info);
     session.Check(session.Audio()->GetReaderInfo(&info, nullptr), "reading the audio description of " + file);
-    if (info.nBlockAlign == 0 || info.nChannels == 0)
-        throw HostError(E_FAIL, "reading the audio of " + file + ": no PCM audio with a usable block size");
+    // One sample of every channel. The block alignment of sound taken from interleaved DV frames counts
+    // samples of one channel only, so the frame size is worked out from channels and sample width.
+    const uint32_t frameBytes = static_cast<uint32_t>(info.nChannels) * ((info.wBitsPerSample + 7u) / 8u);
+    if (frameBytes == 0)
+        throw HostError(E_FAIL, "reading the audio of " + file + ": no PCM audio with a usable sample size");
 
     WAVEFORMATEX format{};
     format.wFormatTag = info.wFormatTag;
     format.nChannels = info.nChannels;
     format.nSamplesPerSec = info.nSamplesPerSec;
-    format.nAvgBytesPerSec = info.nAvgBytesPerSec;
-    format.nBlockAlign = info.nBlockAlign;
+    format.nAvgBytesPerSec = info.nSamplesPerSec * frameBytes;
+    format.nBlockAlign = static_cast<WORD>(frameBytes);
     format.wBitsPerSample = info.wBitsPerSample;
 
-    const uint64_t total = SampleFrames(exchange, info);
+    const uint64_t total = SampleFrames(exchange, info, frameBytes);
     WavWriter wav(output, format);
     ProgressBar progress("audio", total);
     constexpr uint64_t kFramesPerRead = 16384;
-    std::vector<uint8_t> buffer(kFramesPerRead * info.nBlockAlign);
+    std::vector<uint8_t> buffer(kFramesPerRead * frameBytes);
     for (uint64_t position = 0; position < total;) {
         const uint64_t frames = total - position < kFramesPerRead ? total - position : kFramesPerRead;
-        const LONG bytes = static_cast<LONG>(frames * info.nBlockAlign);
+        const LONG bytes = static_cast<LONG>(frames * frameBytes);
         const size_t reportsBefore = session.Log().LineCount();
         const HRESULT hr = session.Audio()->GetAudioBuffer(static_cast<DWORD>(position),
                                                            static_cast<DWORD>(position >> 32), buffer.data(), bytes,
