@@ -63,6 +63,10 @@ int RunRaw(const ModuleOptions& module, const RawOptions& options) {
                     frameBytes, options.output.c_str());
     }
     if (options.audio) {
+        const auto roles = exchange.GetRecord<ZeXpStreamRoles>(ZE_XP_STREAM_ROLES);
+        if (roles.firstAudio < 0 || exchange.GetU32(ZE_XP_INDEX_COUNT, static_cast<uint32_t>(roles.firstAudio)) == 0)
+            throw HostError(E_FAIL, "reading stored audio chunks: the file stores none (sound inside DV frames is not "
+                                    "stored apart)");
         uint64_t total = 0;
         for (uint64_t chunk = 0; chunk < options.audioChunks; ++chunk) {
             const LONGLONG time = 0;  // stored chunks come in order, whatever the time
