@@ -117,7 +117,6 @@ const CameraValue* FindCameraValue(const char* name) {
 
 HRESULT DecodeCameraValue(const CameraValue& value, const uint8_t* frame, size_t frameSize, uint32_t* result) {
     if (frame == nullptr || result == nullptr) return ReportError(kClassName, value.decoderName, E_POINTER);
-    if (frameSize < PackSearchEnd()) return ReportError(kClassName, value.decoderName, E_INVALIDARG);
     CZeDVDataPack pack;
     if (!FindPack(frame, frameSize, value.field.pack, &pack)) return E_ABORT;
     const uint32_t raw = pack.GetByte(value.field.lowByte) |

@@ -65,8 +65,8 @@ const CameraValue* FindCameraValue(const char* name);
 
 // Decoder rule: find the row's pack (first match of the pack search) and take its field.
 // 0 with *result written; E_POINTER (reported under the decoder's name) for a null frame or
-// result; E_INVALIDARG (reported) for a frame too short to be searched; E_ABORT (not reported,
-// *result untouched) when the pack is not in the frame.
+// result; E_ABORT (not reported, *result untouched) when the pack is not in the frame. The search
+// stops at the frame's end: in a short frame a pack that would cross it counts as not there.
 HRESULT DecodeCameraValue(const CameraValue& value, const uint8_t* frame, size_t frameSize, uint32_t* result);
 
 // Accessor rule: E_POINTER for a null frame, descriptor or result pointer and E_INVALIDARG for a

@@ -23,10 +23,6 @@ uint64_t AauxPackOffset(uint32_t block) {
     return uint64_t{kAudioBlockStride} * block + kFirstAudioBlock + 3;
 }
 
-uint64_t PackSearchEnd() {
-    return PackSearchOffset(kPackSearchSteps - 1) + CZeDVDataPack::kSize;
-}
-
 bool GetVauxPackAtSlot(const uint8_t* frame, size_t frameSize, uint32_t slot, const uint8_t** pack) {
     if (slot >= kVauxSlots || pack == nullptr || frame == nullptr) return false;
     const uint64_t offset = VauxSlotOffset(slot);

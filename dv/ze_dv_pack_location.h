@@ -25,9 +25,6 @@ uint64_t VauxSlotOffset(uint32_t slot);
 uint64_t PackSearchOffset(uint32_t step);
 // Byte offset of the AAUX pack of audio block n of the first sequence.
 uint64_t AauxPackOffset(uint32_t block);
-// One past the last byte the pack search may look at; a frame shorter than this cannot be
-// searched completely.
-uint64_t PackSearchEnd();
 
 // The pack of a fixed VAUX slot; false for a slot above 44, no out pointer or a short frame.
 bool GetVauxPackAtSlot(const uint8_t* frame, size_t frameSize, uint32_t slot, const uint8_t** pack);

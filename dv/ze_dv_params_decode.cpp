@@ -44,13 +44,9 @@ void DecodeSourceControl(const uint8_t* pack, ZeDVVideoParams* params) {
 
 }  // namespace
 
-size_t MinimumParamsFrameSize() {
-    return static_cast<size_t>(PackSearchEnd());
-}
-
 bool DecodeVideoParamsFromFrame(const uint8_t* frame, size_t frameSize, ZeDVVideoParams* params) {
     *params = ZeDVVideoParams{};
-    if (frame == nullptr || frameSize < MinimumParamsFrameSize()) return false;
+    if (frame == nullptr) return false;
     BuildRecordingDateTimeText(frame, frameSize, params->recordingDateTime);
     const uint8_t* pack = nullptr;
     if (GetVauxPackAtSlot(frame, frameSize, kVauxSourceSlot, &pack) && pack[0] == kPackVauxSource) {
@@ -64,7 +60,7 @@ bool DecodeVideoParamsFromFrame(const uint8_t* frame, size_t frameSize, ZeDVVide
 
 bool DecodeAudioParamsFromFrame(const uint8_t* frame, size_t frameSize, ZeDVAudioParams* params) {
     *params = ZeDVAudioParams{};
-    if (frame == nullptr || frameSize < MinimumParamsFrameSize()) return false;
+    if (frame == nullptr) return false;
     const uint8_t* pack = nullptr;
     if (!GetAauxPackOfBlock(frame, frameSize, kAauxSourceBlock, &pack) || pack[0] != kPackAauxSource) return true;
     const uint8_t pc2 = pack[2];

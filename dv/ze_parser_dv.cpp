@@ -83,10 +83,8 @@ HRESULT CZeAviFileParser::DecodeDVVideoParams() {
     }
     // bytesRead is all ones only for a blank frame past the end, which the lookups above exclude.
     const size_t got = bytesRead > frame.size() ? frame.size() : static_cast<size_t>(bytesRead);
-    if (!ZeDV::DecodeVideoParamsFromFrame(frame.data(), got, &m_dvVideo)) {
-        // Too short to hold the packs: not a DV frame this step can read.
-        return ReportError(kClass, "DecodeDVVideoParams", E_AVI_NOFRAME);
-    }
+    // A frame too short for some packs leaves their parameters 0, as a frame without them does.
+    ZeDV::DecodeVideoParamsFromFrame(frame.data(), got, &m_dvVideo);
     return S_OK;
 }
 
@@ -109,9 +107,7 @@ HRESULT CZeAviFileParser::DecodeDVAudioParams() {
     hr = GetFrame(frame.data(), &number, &bytesRead, &flags, &tolerance);
     if (FAILED(hr)) return hr;
     const size_t got = bytesRead > frame.size() ? frame.size() : static_cast<size_t>(bytesRead);
-    if (!ZeDV::DecodeAudioParamsFromFrame(frame.data(), got, &m_dvAudio)) {
-        return ReportError(kClass, "DecodeDVAudioParams", E_AVI_NOFRAME);
-    }
+    ZeDV::DecodeAudioParamsFromFrame(frame.data(), got, &m_dvAudio);
     return S_OK;
 }
 

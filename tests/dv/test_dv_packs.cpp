@@ -153,8 +153,20 @@ TEST(DVVideoParams, SystemFlagDateAndMissingPacks) {
     ASSERT_TRUE(ZeDV::DecodeVideoParamsFromFrame(f.bytes.data(), f.bytes.size(), &p));
     EXPECT_EQ(p.sixtyFields, 0u);
 
-    // Too short to hold the pack area: refused, nothing read beyond.
-    EXPECT_FALSE(ZeDV::DecodeVideoParamsFromFrame(f.bytes.data(), 8000, &p));
+    // A frame cut short still gives every pack that lies wholly inside it; one that crosses the
+    // end counts as missing.
+    f.PutVaux(39, {0x60, 0xFF, 0xFF, 0xC0, 0xFF});
+    f.PutVaux(40, {0x61, 0x00, 0x07, 0x01, 0xFF});
+    ASSERT_TRUE(ZeDV::DecodeVideoParamsFromFrame(f.bytes.data(), 468, &p));
+    EXPECT_EQ(p.sixtyFields, 1u);
+    EXPECT_DOUBLE_EQ(p.aspectRatio, 16.0 / 9);
+    EXPECT_STREQ(p.recordingDateTime, "1.2.2003 6:5:4");
+    ASSERT_TRUE(ZeDV::DecodeVideoParamsFromFrame(f.bytes.data(), 467, &p));
+    EXPECT_EQ(p.sixtyFields, 1u);
+    EXPECT_STREQ(p.recordingDateTime, "");
+    ASSERT_TRUE(ZeDV::DecodeVideoParamsFromFrame(f.bytes.data(), 457, &p));
+    EXPECT_EQ(p.sixtyFields, 1u);
+    EXPECT_EQ(p.aspectRatio, 0.0);
 }
 
 ZeDVAudioParams AudioParams(uint8_t pc2, uint8_t pc4, uint8_t header = 0x50) {
@@ -192,6 +204,16 @@ TEST(DVAudioParams, RateBitsModeAndChannelFlags) {
         EXPECT_EQ(p.sampleRate, 48000u);  // set whatever the mode
     }
     p = AudioParams(0x00, 0x09, 0x51);
+    EXPECT_EQ(p.sampleRate, 0u);
+    EXPECT_EQ(p.audioModeCode, 0u);
+
+    // A frame that ends right after the source pack is read; one pack byte less and it is missing.
+    dvtest::Frame f = MakeFrame(true);
+    f.PutAaux(0, 3, {0x50, 0xD8, 0x30, 0xE0, 0x09});
+    ASSERT_TRUE(ZeDV::DecodeAudioParamsFromFrame(f.bytes.data(), 4328, &p));
+    EXPECT_EQ(p.sampleRate, 44100u);
+    EXPECT_EQ(p.audioModeCode, 2u);
+    ASSERT_TRUE(ZeDV::DecodeAudioParamsFromFrame(f.bytes.data(), 4327, &p));
     EXPECT_EQ(p.sampleRate, 0u);
     EXPECT_EQ(p.audioModeCode, 0u);
 }
