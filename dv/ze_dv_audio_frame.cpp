@@ -16,7 +16,7 @@ constexpr uint8_t kSectionAudio = 3;
 
 // Samples per frame by system (525/60, 625/50) and rate code (48, 44.1, 32 kHz).
 constexpr uint32_t kMinSamples[2][3] = {{1580, 1452, 1053}, {1896, 1742, 1264}};
-constexpr uint32_t kMaxSamples[2][3] = {{1620, 1489, 1080}, {1944, 1786, 1296}};
+constexpr uint32_t kMaxSamples[2][3] = {{1620, 1489, 1080}, {kMostSamplesPerFrame, 1786, 1296}};
 
 struct System {
     uint32_t halfSequences;     // DIF sequences per channel half

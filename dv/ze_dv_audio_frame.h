@@ -5,7 +5,15 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "dv/ze_dv_pack_location.h"
+
 namespace ZeDV {
+
+// The most sample frames a DV frame carries (625/50 at 48 kHz).
+constexpr uint32_t kMostSamplesPerFrame = 1944;
+// The leading bytes of a frame that hold all the audio blocks read: those of the first 12 DIF
+// sequences. Whatever a frame has beyond (or claims to have) is never needed for its sound.
+constexpr uint32_t kAudioFrameBytes = 12 * kDifSequenceBytes;
 
 // What the AAUX source pack of a frame says about its sound.
 struct AudioFrameLayout {

@@ -38,7 +38,10 @@ void CZeDVAudioStream::Clear() {
 uint64_t CZeDVAudioStream::NominalSamples(uint64_t frame) const {
     if (m_format.frameRate == 0) return 0;
     const uint64_t perFrameNum = uint64_t{m_format.sampleRate} * m_format.frameScale;
-    return (frame + 1) * perFrameNum / m_format.frameRate - frame * perFrameNum / m_format.frameRate;
+    const uint64_t nominal = (frame + 1) * perFrameNum / m_format.frameRate - frame * perFrameNum / m_format.frameRate;
+    // A clock far from any DV rate (a damaged header) must not make a frame without a source pack
+    // a source of gigabytes of silence: no DV frame carries more than this.
+    return std::min<uint64_t>(nominal, kMostSamplesPerFrame);
 }
 
 HRESULT CZeDVAudioStream::SamplesOfFrame(uint64_t frame, uint32_t* samples) {
@@ -98,7 +101,9 @@ HRESULT CZeDVAudioStream::Locate(uint64_t sample, uint64_t* frame, uint64_t* sam
 HRESULT CZeDVAudioStream::DecodeFrame(uint64_t frame) {
     if (m_pcmFrame == frame) return S_OK;
     m_pcmFrame = UINT64_MAX;
-    const uint32_t size = m_access.frameSize(frame);
+    // Only the part of the frame that holds audio blocks is read, so a damaged index entry that
+    // claims gigabytes costs no more than a real frame.
+    const uint32_t size = std::min(m_access.frameSize(frame), kAudioFrameBytes);
     const uint64_t samples = m_frameStart[frame + 1] - m_frameStart[frame];
     const uint32_t channels = m_format.channels;
     std::vector<int16_t> decoded;

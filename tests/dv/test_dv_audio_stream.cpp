@@ -2,6 +2,7 @@
 // the sequential cursor, random access, frames without sound, the end of the stream.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -109,6 +110,17 @@ TEST(DVAudioStream, FramesWithoutSoundKeepTheNominalTimelineAndAreSilent) {
     std::vector<uint8_t> expected = Expected({1600, 1602, 1601, 1602});
     std::fill(expected.begin() + 1600 * 4, expected.begin() + (1600 + 1602 + 1601) * 4, 0);
     EXPECT_EQ(ReadBytes(s, 0, expected.size()), expected);
+
+    // A clock far from any DV rate (a damaged header) gives a frame without a pack no more than
+    // the most a DV frame carries.
+    ZeDV::PcmFormat odd = Stereo16();
+    odd.sampleRate = 0xFFFFFFFFu;
+    odd.frameRate = 1;
+    odd.frameScale = 1;
+    s.Reset(m.Access(), odd);
+    uint64_t start = 0;
+    ASSERT_EQ(s.FrameStart(2, &start), S_OK);
+    EXPECT_EQ(start, 1600u + 1944u);
 }
 
 TEST(DVAudioStream, PastTheEndIsSilenceAndFailuresOfTheFramesComeBack) {
@@ -119,6 +131,23 @@ TEST(DVAudioStream, PastTheEndIsSilenceAndFailuresOfTheFramesComeBack) {
     EXPECT_EQ(std::count(tail.begin(), tail.begin() + 202 * 4, 2), 202 * 4);
     EXPECT_EQ(std::count(tail.begin() + 202 * 4, tail.end(), 0), 4000 - 202 * 4);
     EXPECT_EQ(ReadBytes(s, 1000000, 16), std::vector<uint8_t>(16, 0));
+
+    // An index entry claiming far more than a frame: only the part that holds the sound is read.
+    Material big = MakeMaterial({20, 22});
+    ZeDV::FrameAccess access = big.Access();
+    access.frameSize = [](uint64_t) { return 1000000u; };
+    uint32_t largestAsked = 0;
+    auto read = access.readFrame;
+    access.readFrame = [&](uint64_t f, uint32_t offset, uint8_t* out, uint32_t size, uint32_t* got) {
+        largestAsked = std::max(largestAsked, size);
+        return read(f, offset, out, size, got);
+    };
+    std::vector<uint8_t> frameBuffer;
+    ZeDV::CZeDVAudioStream u;
+    u.Reset(access, Stereo16(), &frameBuffer);
+    EXPECT_EQ(ReadBytes(u, 1598, 16), (std::vector<uint8_t>{1, 1, 1, 1, 1, 1, 1, 1, 2, 2, 2, 2, 2, 2, 2, 2}));
+    EXPECT_LE(largestAsked, 144000u);
+    EXPECT_LE(frameBuffer.size(), 144000u);
 
     Material bad = MakeMaterial({20, 22});
     bad.failReads = true;
