@@ -77,26 +77,50 @@ TEST(DVCameraValues, IrregularRowsShareFieldsAndIdentifiers) {
     EXPECT_EQ(Decode(CameraValueId::GainMasterGain, f), Decode(CameraValueId::GainGM, f));
     EXPECT_EQ(Decode(CameraValueId::HorizontalDetail, f), Decode(CameraValueId::MasterDetail, f));
     EXPECT_EQ(Decode(CameraValueId::KneeSlope, f), Decode(CameraValueId::KneePoint, f));
-    EXPECT_STREQ(Row(CameraValueId::GainMasterGain).decoderName, "DecodeDVGainGM");
-    EXPECT_STREQ(Row(CameraValueId::HorizontalDetail).decoderName, "DecodeDVMasterDetail");
-    EXPECT_STREQ(Row(CameraValueId::KneeSlope).decoderName, "DecodeDVKneePoint");
-    // Identifiers written into the descriptor, including the shared ones.
+    // Every row: the identifier written into the descriptor and the decoder that reports for it,
+    // including the shared ones.
     const struct {
         CameraValueId id;
         uint32_t descriptorId;
+        const char* decoder;
     } ids[] = {
-        {CameraValueId::Iris, 5},         {CameraValueId::LensIris, 5},        {CameraValueId::FCM, 10},
-        {CameraValueId::LensFCM, 10},     {CameraValueId::Focus, 11},          {CameraValueId::LensFocus, 11},
-        {CameraValueId::LensZoom, 23},    {CameraValueId::GainMasterGain, 27}, {CameraValueId::VerticalDetail, 48},
-        {CameraValueId::DetailQF, 48},    {CameraValueId::DetailVD, 50},       {CameraValueId::DetailHD, 50},
-        {CameraValueId::DetailMD, 50},    {CameraValueId::FlareG, 54},         {CameraValueId::KneePoint, 75},
-        {CameraValueId::KneeSlope, 76},   {CameraValueId::ShutterSpeedConsumer, 77},
+        {CameraValueId::Iris, 5, "DecodeDVIris"}, {CameraValueId::AEMode, 6, "DecodeDVAEMode"},
+        {CameraValueId::AGC, 7, "DecodeDVAGC"}, {CameraValueId::WBMode, 8, "DecodeDVWBMode"},
+        {CameraValueId::WhiteBalance, 9, "DecodeDVWhiteBalance"}, {CameraValueId::FCM, 10, "DecodeDVFCM"},
+        {CameraValueId::Focus, 11, "DecodeDVFocus"}, {CameraValueId::VPD, 12, "DecodeDVVPD"},
+        {CameraValueId::VPanningSpeed, 13, "DecodeDVVPanningSpeed"}, {CameraValueId::IS, 14, "DecodeDVIS"},
+        {CameraValueId::HPD, 15, "DecodeDVHPD"}, {CameraValueId::HPanningSpeed, 16, "DecodeDVHPanningSpeed"},
+        {CameraValueId::FocalLength, 17, "DecodeDVFocalLength"}, {CameraValueId::ZEN, 18, "DecodeDVZEN"},
+        {CameraValueId::UnitsOfEZoom, 19, "DecodeDVUnitsOfEZoom"}, {CameraValueId::LensFCM, 10, "DecodeDVLensFCM"},
+        {CameraValueId::LensFocus, 11, "DecodeDVLensFocus"}, {CameraValueId::LensIris, 5, "DecodeDVLensIris"},
+        {CameraValueId::LensZoom, 23, "DecodeDVLensZoom"}, {CameraValueId::LensExtender, 24, "DecodeDVLensExtender"},
+        {CameraValueId::LensIrisCont, 25, "DecodeDVLensIrisCont"}, {CameraValueId::GainGM, 26, "DecodeDVGainGM"},
+        {CameraValueId::GainMasterGain, 27, "DecodeDVGainGM"}, {CameraValueId::GainRGain, 28, "DecodeDVGainRGain"},
+        {CameraValueId::GainBGain, 29, "DecodeDVGainBGain"}, {CameraValueId::GainNDFilter, 30, "DecodeDVGainNDFilter"},
+        {CameraValueId::GainCCFilter, 31, "DecodeDVGainCCFilter"}, {CameraValueId::PedestalG, 32, "DecodeDVPedestalG"},
+        {CameraValueId::PedestalR, 33, "DecodeDVPedestalR"}, {CameraValueId::PedestalB, 34, "DecodeDVPedestalB"},
+        {CameraValueId::PedestalQF, 35, "DecodeDVPedestalQF"}, {CameraValueId::PedestalBP, 36, "DecodeDVPedestalBP"},
+        {CameraValueId::PedestalRP, 37, "DecodeDVPedestalRP"}, {CameraValueId::PedestalGP, 38, "DecodeDVPedestalGP"},
+        {CameraValueId::GammaG, 39, "DecodeDVGammaG"}, {CameraValueId::GammaR, 40, "DecodeDVGammaR"},
+        {CameraValueId::GammaB, 41, "DecodeDVGammaB"}, {CameraValueId::GammaQF, 42, "DecodeDVGammaQF"},
+        {CameraValueId::GammaBG, 43, "DecodeDVGammaBG"}, {CameraValueId::GammaRG, 44, "DecodeDVGammaRG"},
+        {CameraValueId::GammaGG, 45, "DecodeDVGammaGG"}, {CameraValueId::MasterDetail, 46, "DecodeDVMasterDetail"},
+        {CameraValueId::HorizontalDetail, 47, "DecodeDVMasterDetail"}, {CameraValueId::VerticalDetail, 48, "DecodeDVVerticalDetail"},
+        {CameraValueId::DetailQF, 48, "DecodeDVDetailQF"}, {CameraValueId::DetailVD, 50, "DecodeDVVD"},
+        {CameraValueId::DetailHD, 50, "DecodeDVHD"}, {CameraValueId::DetailMD, 50, "DecodeDVMD"},
+        {CameraValueId::FlareG, 54, "DecodeDVFlareG"}, {CameraValueId::FlareR, 55, "DecodeDVFlareR"},
+        {CameraValueId::FlareB, 56, "DecodeDVFlareB"}, {CameraValueId::FlareQF, 57, "DecodeDVFlareQF"},
+        {CameraValueId::FlareBF, 58, "DecodeDVFlareBF"}, {CameraValueId::FlareRF, 59, "DecodeDVFlareRF"},
+        {CameraValueId::FlareGF, 60, "DecodeDVFlareGF"}, {CameraValueId::KneePoint, 75, "DecodeDVKneePoint"},
+        {CameraValueId::KneeSlope, 76, "DecodeDVKneePoint"}, {CameraValueId::ShutterSpeedConsumer, 77, "DecodeDVShutterSpeedConsumer"},
     };
+    ASSERT_EQ(sizeof(ids) / sizeof(ids[0]), ZeDV::CameraValueCount());
     for (const auto& e : ids) {
         uint32_t value = 0;
         CameraValueDescriptor d{11, 4, 0, 0, 22, &value};
         ASSERT_EQ(ZeDV::GetCameraValue(Row(e.id), f.bytes.data(), f.bytes.size(), &d), S_OK);
         EXPECT_EQ(d.parameterId, e.descriptorId) << Row(e.id).name;
+        EXPECT_STREQ(Row(e.id).decoderName, e.decoder);
         EXPECT_EQ(d.type, 3u);
         EXPECT_EQ(d.word0, 11u);  // untouched
         EXPECT_EQ(d.word4, 22u);
