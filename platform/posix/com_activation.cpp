@@ -22,8 +22,9 @@ struct BuiltinTable {
 };
 
 BuiltinTable& Builtins() {
-    static BuiltinTable* table = new BuiltinTable;  // never destroyed: classes may be created during exit
-    return *table;
+    // Released when the module holding it unloads, so a host that unloads us loses no memory.
+    static BuiltinTable table;
+    return table;
 }
 
 LPFNGETCLASSOBJECT FindBuiltin(REFCLSID clsid) {
@@ -47,8 +48,8 @@ struct ServerCache {
 };
 
 ServerCache& Servers() {
-    static ServerCache* cache = new ServerCache;
-    return *cache;
+    static ServerCache cache;
+    return cache;
 }
 
 // Closes a registry key on every path.

@@ -21,8 +21,9 @@ struct HandleTable {
 };
 
 HandleTable& Table() {
-    static HandleTable* table = new HandleTable;  // never destroyed: handles may outlive statics
-    return *table;
+    // Lives as long as the module that holds it, so unloading the module releases it too.
+    static HandleTable table;
+    return table;
 }
 
 }  // namespace

@@ -27,8 +27,8 @@ struct ViewTable {
 };
 
 ViewTable& Views() {
-    static ViewTable* table = new ViewTable;
-    return *table;
+    static ViewTable table;
+    return table;
 }
 
 }  // namespace

@@ -14,8 +14,9 @@ struct KeyTable {
 };
 
 KeyTable& Keys() {
-    static KeyTable* table = new KeyTable;  // never destroyed: keys may be closed by late destructors
-    return *table;
+    // Released when the module holding it unloads, so a host that unloads us loses no memory.
+    static KeyTable table;
+    return table;
 }
 
 bool PredefinedKey(HKEY key, OpenRegKey& out) {
