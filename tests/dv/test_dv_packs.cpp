@@ -105,14 +105,16 @@ ZeDVVideoParams VideoParams(uint8_t pc1, uint8_t pc2, uint8_t pc3) {
 }
 
 TEST(DVVideoParams, SourceControlGivesAspectDisplayInterlaceCompressionAndStart) {
-    // The rows where systems 1 and 0 differ, and the systems that ignore the mode.
+    // Every display mode of systems 1 and 0, and the systems that ignore the mode.
     const struct {
         uint8_t s, d;
         double aspect;
         uint32_t display;
     } rows[] = {
-        {1, 0, 4.0 / 3, 0},  {1, 2, 14.0 / 9, 2}, {1, 4, 16.0 / 9, 2}, {1, 6, 14.0 / 9, 0}, {1, 7, 16.0 / 9, 0},
-        {0, 1, 16.0 / 9, 1}, {0, 2, 16.0 / 9, 0}, {0, 7, 4.0 / 3, 0},  {2, 3, 4.0 / 3, 0},  {3, 2, 4.0 / 3, 0},
+        {1, 0, 4.0 / 3, 0},  {1, 1, 14.0 / 9, 1}, {1, 2, 14.0 / 9, 2}, {1, 3, 16.0 / 9, 1}, {1, 4, 16.0 / 9, 2},
+        {1, 5, 16.0 / 9, 1}, {1, 6, 14.0 / 9, 0}, {1, 7, 16.0 / 9, 0}, {0, 0, 4.0 / 3, 0},  {0, 1, 16.0 / 9, 1},
+        {0, 2, 16.0 / 9, 0}, {0, 3, 4.0 / 3, 0},  {0, 4, 4.0 / 3, 0},  {0, 5, 4.0 / 3, 0},  {0, 6, 4.0 / 3, 0},
+        {0, 7, 4.0 / 3, 0},  {2, 3, 4.0 / 3, 0},  {3, 2, 4.0 / 3, 0},
     };
     for (const auto& r : rows) {
         const ZeDVVideoParams p = VideoParams(0x00, static_cast<uint8_t>(0x38 | r.d), static_cast<uint8_t>(0xC0 | r.s));

@@ -21,8 +21,9 @@ namespace {
 
 // A type-1 file of the given frames, 'iavs' stream with the given rate and scale.
 std::vector<uint8_t> Type1File(const std::vector<std::vector<uint8_t>>& frames, bool pal, uint32_t rate = 0,
-                               uint32_t scale = 0) {
+                               uint32_t scale = 0, uint32_t initialFrames = 0) {
     zetest::AviSpec spec;
+    spec.initialFrames = initialFrames;
     zetest::StreamSpec s = zetest::IavsStream(pal);
     if (scale != 0 || rate != 0) {
         s.rate = rate;
@@ -181,6 +182,26 @@ TEST(DVParserSteps, TheSecondFrameIsUsedUnlessItIsLargerThanTheFirst) {
     OpenedFile larger(Type1File({first.bytes, second.bytes}, true));
     ASSERT_EQ(larger.parsed, S_OK);
     EXPECT_STREQ(larger.parser.GetDVVideoParams().recordingDateTime, "7.6.2003 21:15:8");
+
+    // The main header's initial frames move both: frame N + 1 for the picture, frame N for the sound.
+    dvtest::Frame third = CamcorderFrame(1, 24);
+    third.PutVaux(41, {0x62, 0xFF, 0xC9, 0x06, 0x03});
+    dvtest::Frame mono = CamcorderFrame(1, 24);
+    mono.PutAaux(0, 3, {0x50, 0xD8, 0x01, 0xE0, 0x08});
+    OpenedFile later(Type1File({first.bytes, mono.bytes, third.bytes}, true, 0, 0, 1));
+    ASSERT_EQ(later.parsed, S_OK);
+    EXPECT_STREQ(later.parser.GetDVVideoParams().recordingDateTime, "9.6.2003 21:15:8");
+    EXPECT_EQ(later.parser.GetDVAudioParams().sampleRate, 44100u);
+    EXPECT_EQ(later.parser.GetDVAudioParams().secondChannel, 1u);
+
+    // Frame N empty: the index has no frame to decode, reported once by the video step.
+    SetErrorContext("");
+    OpenedFile empty(Type1File({{}, first.bytes}, true));
+    EXPECT_EQ(empty.parsed, static_cast<HRESULT>(0x8004001Du));
+    const std::vector<std::string> lines = GetReportList();
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_NE(lines[0].find("[8004001d]"), std::string::npos) << lines[0];
+    EXPECT_NE(lines[0].find("CZeAviFileParser::DecodeDVVideoParams"), std::string::npos) << lines[0];
 }
 
 // ---- ffmpeg-made DV --------------------------------------------------------------------------
