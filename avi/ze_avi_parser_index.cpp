@@ -129,14 +129,15 @@ HRESULT CZeAviFileParser::FillSuperIndex(CZeAviIndexListChunk& indexList, CZeAvi
     // slip under the bound.
     const uint64_t bytes = static_cast<uint64_t>(count) * 8;
     if (bytes > kMaxIxArrayBytes) return ReportError(kClass, method, E_AVI_STREAMINDEX);
-    // Guard: one stream's index cannot hold more entries than the file has room for 8-byte
-    // entries; super indexes that name the same 'ix##' chunk again and again stop here instead of
-    // growing the index without bound.
-    const uint64_t maxEntries = m_file.GetFileSize() / 8;
-    if (indexList.GetCount() + count > maxEntries) return ReportError(kClass, method, E_AVI_STREAMINDEX);
     // Guard: an array reaching past the end of the file could only end in a short read; it is
     // refused as one before it is allocated.
     if (bytes > BytesFrom(m_file.GetPosition())) return ReportError(kClass, method, E_AVI_READ);
+    // Guard: one stream's index cannot hold more entries than the file has room for 8-byte
+    // entries; super indexes that name the same 'ix##' chunk again and again stop here instead of
+    // growing the index without bound. An array that lies inside the file never trips this on its
+    // own, so it comes after the short-read test and only catches entries counted twice.
+    const uint64_t maxEntries = m_file.GetFileSize() / 8;
+    if (indexList.GetCount() + count > maxEntries) return ReportError(kClass, method, E_AVI_STREAMINDEX);
     std::vector<uint8_t> array;
     try {
         array.resize(static_cast<size_t>(bytes));

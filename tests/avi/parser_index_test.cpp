@@ -190,11 +190,18 @@ TEST(ParserIndex, OversizedStandardIndexesFailWithTheStreamIndexCode) {
         EXPECT_EQ(f.parse, E_AVI_STREAMINDEX) << entries;
         EXPECT_EQ(CountReports(E_AVI_STREAMINDEX, "FillSuperIndex"), 1) << entries;
     }
-    // Within the bound but beyond the file: a short read, found before anything is allocated.
-    std::vector<uint8_t> bytes = layout.bytes;
-    PatchU32(bytes, layout.ixPos[0][0] + 12, 67108864u);
-    ParsedBytes f(bytes);
-    EXPECT_LT(f.parse, 0);
+    // Within the bound but beyond the file: a short read of the array, found before anything is
+    // allocated, whether the array misses the end by one entry or by hundreds of megabytes.
+    const uint64_t arrayStart = layout.ixPos[0][0] + 32;
+    const uint32_t justPast = static_cast<uint32_t>((layout.bytes.size() - arrayStart) / 8 + 1);
+    for (uint32_t entries : {justPast, 67108864u}) {
+        std::vector<uint8_t> bytes = layout.bytes;
+        PatchU32(bytes, layout.ixPos[0][0] + 12, entries);
+        ParsedBytes f(bytes);
+        EXPECT_EQ(f.parse, E_AVI_READ) << entries;
+        EXPECT_EQ(CountReports(E_AVI_READ, "FillSuperIndex"), 1) << entries;
+        EXPECT_EQ(CountReports(E_AVI_STREAMINDEX, "FillSuperIndex"), 0) << entries;
+    }
 }
 
 // Super index entries that all name the same standard index would grow the index without end;
