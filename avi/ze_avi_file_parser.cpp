@@ -80,8 +80,9 @@ HRESULT CZeAviFileParser::Read(void* buffer, uint64_t* count, uint64_t* bytesRea
 
 int32_t CZeAviFileParser::FileRead(void* buffer, uint64_t* count, uint64_t* bytesRead) {
     // Guard: positions near 2^64 (a damaged 64-bit offset) would wrap once the count is added;
-    // a read that starts past the end of the file fails before it reaches the file layer.
-    if (m_file.IsOpen() && m_file.GetPosition() > m_file.GetFileSize()) {
+    // a read that starts past the end of the file fails before it reaches the file layer. A read
+    // of nothing is left to the layer, which succeeds at once wherever the position stands.
+    if (m_file.IsOpen() && *count != 0 && m_file.GetPosition() > m_file.GetFileSize()) {
         *bytesRead = 0;
         return E_FAIL;
     }

@@ -190,8 +190,9 @@ private:
     HRESULT ReadU32(uint32_t* value, const char* method);
     HRESULT ReadU64(uint64_t* value, const char* method);
     HRESULT SeekTo(uint64_t position);
-    // The file layer's read at the current position; a start past the end of the file fails here
-    // with E_FAIL (as the layer's own range check would) before the layer adds offset and count.
+    // The file layer's read at the current position; a read of one byte or more that starts past
+    // the end of the file fails here with E_FAIL (as the layer's own range check would) before the
+    // layer adds offset and count.
     int32_t FileRead(void* buffer, uint64_t* count, uint64_t* bytesRead);
     // Bytes of the file from `position` to its end (0 past the end).
     uint64_t BytesFrom(uint64_t position) const;

@@ -249,6 +249,23 @@ TEST(ParserAccess, SingleAudioBlocksHonourTheirSkip) {
     block = 0;
     EXPECT_EQ(video.parser.GetOneAudioBlock(buffer.data(), &block, &skip), 0u);
     EXPECT_EQ(CountReports(E_FAIL, "GetOneAudioBlock"), 1);
+
+    // An entry placed past the end of the file: what remains of it after the whole entry is
+    // skipped is nothing, read as nothing without a failure; anything more fails as a read.
+    const AviLayout layout = BuildAvi(spec);
+    std::vector<uint8_t> bytes = layout.bytes;
+    PatchU32(bytes, layout.idx1Pos + 8 + 16 * 1 + 8, 0x7FFFFF00u);  // entry 1: the first "01wb"
+    ParsedBytes far(bytes);
+    ASSERT_EQ(far.parse, S_OK);
+    SetErrorContext("");
+    block = 0;
+    skip = 200;
+    EXPECT_EQ(far.parser.GetOneAudioBlock(buffer.data(), &block, &skip), 0u);
+    EXPECT_TRUE(GetReportList().empty());
+    skip = 100;
+    EXPECT_EQ(far.parser.GetOneAudioBlock(buffer.data(), &block, &skip), 0u);
+    EXPECT_EQ(CountReports(E_AVI_READ, "GetOneAudioBlock"), 1);
+    EXPECT_EQ(GetReportList().size(), 1u);
 }
 
 TEST(ParserAccess, LengthsAreRepairedAgainstTheIndexes) {

@@ -50,6 +50,17 @@ TEST(ParserOpen, FilesOfOneToElevenBytesPassTheQuickCheckButNotTheFullParse) {
         EXPECT_EQ(full.parse, E_AVI_READ) << n;
         EXPECT_FALSE(full.parser.IsParsed());
     }
+    // An empty file cannot be mapped: it opens, and its first read fails.
+    TempFile empty(std::vector<uint8_t>{});
+    CZeAviFileParser check;
+    SetErrorContext("");
+    EXPECT_EQ(check.Parse(empty.c_str()), E_AVI_READ);
+    EXPECT_EQ(CountReports(E_AVI_READ, "Read"), 1);
+    EXPECT_EQ(GetReportList().size(), 1u);
+    EXPECT_FALSE(check.IsOpen());
+    ParsedBytes full(std::vector<uint8_t>{});
+    EXPECT_EQ(full.open, S_OK);
+    EXPECT_EQ(full.parse, E_AVI_READ);
 }
 
 TEST(ParserOpen, MissingFileFailsToOpen) {
