@@ -166,6 +166,35 @@ TEST_P(RealSamples, ChunkBlocksAreThePcmChunks)
     }
 }
 
+// Bit 7 of the flags selects the second video stream of a file that has two.
+TEST(RealSecondVideo, FlagBit7ReadsTheSecondStreamsPackets)
+{
+    std::string whyNot;
+    const std::string path = MaterialPath("two_video_mjpeg", &whyNot);
+    if (path.empty())
+        GTEST_SKIP() << whyNot;
+    const std::vector<ProbeStream> probe = ProbeFile(path);
+    ASSERT_EQ(probe.size(), 2u);
+    const std::vector<uint8_t> file = ReadWholeFile(path);
+    ParsedFile f(path);
+    ASSERT_TRUE(f.Ok());
+    ASSERT_NE(f.parser.GetSecondVideoStreamNumber(), CZeAviFileParser::kNoStream);
+    std::vector<uint8_t> buffer(f.parser.GetMaxVideoFrameSize());
+    for (uint8_t flags : {uint8_t{0x80}, uint8_t{0x00}}) {
+        const ProbeStream& expected = probe[flags ? 1 : 0];
+        for (uint64_t i = 0; i < expected.packets.size(); ++i) {
+            uint64_t frame = i, bytesRead = 0;
+            uint8_t asked = flags;
+            int16_t tolerance = 0;
+            ASSERT_EQ(f.parser.GetFrame(buffer.data(), &frame, &bytesRead, &asked, &tolerance), 0);
+            const ProbePacket& p = expected.packets[i];
+            ASSERT_EQ(bytesRead, p.size) << "stream " << (flags ? 2 : 1) << " frame " << i;
+            EXPECT_TRUE(std::equal(buffer.begin(), buffer.begin() + static_cast<ptrdiff_t>(p.size), file.begin() + p.pos))
+                << "stream " << (flags ? 2 : 1) << " frame " << i;
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Ffmpeg, RealFrames, ::testing::ValuesIn(Names([](const MaterialInfo& m) { return m.hasVideo; })),
                          [](const ::testing::TestParamInfo<std::string>& p) { return p.param; });
 INSTANTIATE_TEST_SUITE_P(Ffmpeg, RealSamples, ::testing::ValuesIn(Names([](const MaterialInfo& m) { return m.hasPcm; })),
