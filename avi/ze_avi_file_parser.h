@@ -129,7 +129,8 @@ public:
     uint64_t GetVideoFrameCount() const;
     // Largest index entry of the first and second video streams: the frame buffer size GetFrame needs.
     uint32_t GetMaxVideoFrameSize() const;
-    // Largest index entry of the first audio stream: the buffer size GetOneAudioBlock needs.
+    // Largest index entry of the first audio stream, at most the file's size: the buffer size
+    // GetOneAudioBlock needs.
     uint32_t GetMaxAudioChunkSize() const;
     // The video compression: biCompression of the first video stream, or its fccHandler when it has
     // no bitmap header (interleaved DV). 0 without video.

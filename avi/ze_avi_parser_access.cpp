@@ -305,7 +305,9 @@ uint32_t CZeAviFileParser::GetMaxVideoFrameSize() const {
 
 uint32_t CZeAviFileParser::GetMaxAudioChunkSize() const {
     const CZeAviStreamList* audio = GetAudioStream();
-    return audio != nullptr ? audio->GetMaxChunkSize() : 0;
+    const uint32_t largest = audio != nullptr ? audio->GetMaxChunkSize() : 0;
+    // As for frames: a block read never delivers more than the file holds.
+    return static_cast<uint32_t>(std::min<uint64_t>(largest, GetFileSize()));
 }
 
 uint32_t CZeAviFileParser::GetVideoCompression() const {

@@ -266,6 +266,23 @@ TEST(ParserAccess, SingleAudioBlocksHonourTheirSkip) {
     EXPECT_EQ(far.parser.GetOneAudioBlock(buffer.data(), &block, &skip), 0u);
     EXPECT_EQ(CountReports(E_AVI_READ, "GetOneAudioBlock"), 1);
     EXPECT_EQ(GetReportList().size(), 1u);
+
+    // An entry claiming nearly 4 GiB: the largest block callers size their buffers by stays
+    // within the file, and a read into such a buffer ends at the end of the file.
+    bytes = layout.bytes;
+    const uint64_t lastAudio = layout.idx1Pos + 8 + 16 * 5;  // entry 5: the third "01wb"
+    PatchU32(bytes, lastAudio + 12, 0xFFFFFF00u);
+    ParsedBytes huge(bytes);
+    ASSERT_EQ(huge.parse, S_OK);
+    const uint32_t largest = huge.parser.GetMaxAudioChunkSize();
+    EXPECT_LE(largest, huge.parser.GetFileSize());
+    uint64_t position = 0;
+    huge.parser.LookupEntry(huge.parser.GetFirstAudioStreamNumber(), 2, &position, nullptr);
+    std::vector<uint8_t> chunk(largest, 0xEE);
+    block = 2;
+    skip = 0;
+    EXPECT_EQ(huge.parser.GetOneAudioBlock(chunk.data(), &block, &skip), huge.parser.GetFileSize() - position);
+    EXPECT_EQ(std::vector<uint8_t>(chunk.begin(), chunk.begin() + 200), spec.chunks[5].data);
 }
 
 TEST(ParserAccess, LengthsAreRepairedAgainstTheIndexes) {
