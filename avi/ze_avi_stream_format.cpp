@@ -88,10 +88,8 @@ HRESULT CZeAviStreamFormat::SetFormat(const void* data, const uint32_t* size, co
         // The block held so far is kept alive, not released, until the record goes.
         if (lpFormat != nullptr) m_retained.push_back({lpFormat, dwFormatType});
         CZeAviDVInfoEx* info = new CZeAviDVInfoEx();
-        // Guard: the copy takes 19 words but never more bytes than the caller says `data` holds;
-        // words beyond that stay 0.
-        const uint32_t wanted = sizeof(uint32_t) * CZeAviDVInfoEx::kStoredWords;
-        std::memcpy(info->Words(), data, *size < wanted ? *size : wanted);
+        // Always 19 words, whatever `*size` says: the size is only recorded.
+        std::memcpy(info->Words(), data, sizeof(uint32_t) * CZeAviDVInfoEx::kStoredWords);
         lpFormat = info;
         m_blockBytes = sizeof(uint32_t) * CZeAviDVInfoEx::kStoredWords;
         dwFormatType = kDVInfo;

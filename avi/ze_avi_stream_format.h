@@ -35,8 +35,9 @@ public:
     // Stores a copy of `*size` bytes of `data` as a block of kind `*type`:
     // 1: a block of max(40, *size) bytes, zero beyond the copy; dwSize the block's size.
     // 2: the same with 18.
-    // 3: a new CZeAviDVInfoEx receiving 19 words of `data` (at most *size bytes); dwSize = *size. The block held before
-    //    is not released by this kind of set: it stays valid until the record is destroyed.
+    // 3: a new CZeAviDVInfoEx receiving 19 words of `data`, which must hold that many (76 bytes) whatever
+    //    *size says; dwSize = *size. The block held before is not released by this kind of set: it stays
+    //    valid until the record is destroyed.
     // other: releases the block; type and size 0.
     // Reports E_POINTER for a null argument and E_OUTOFMEMORY when a block cannot be allocated.
     HRESULT SetFormat(const void* data, const uint32_t* size, const uint32_t* type);

@@ -64,9 +64,8 @@ TEST(RecordsFormat, DVInfoTakesNineteenWordsAndKeepsTheBlockHeldBefore) {
     EXPECT_EQ(format.GetSize(), 32u);
     const CZeAviDVInfoEx* info = format.GetDVInfo();
     ASSERT_NE(info, nullptr);
-    // Only as many bytes as the caller declared are taken; the rest of the 19 words stay 0.
-    for (int i = 0; i < 8; ++i) EXPECT_EQ(info->GetWord(i), static_cast<uint32_t>(i + 1));
-    for (int i = 8; i < 19; ++i) EXPECT_EQ(info->GetWord(i), 0u);
+    // All 19 words are taken, whatever size the block is said to have: the size is recorded only.
+    for (int i = 0; i < 19; ++i) EXPECT_EQ(info->GetWord(i), static_cast<uint32_t>(i + 1));
     // The earlier block is not released by the DV set: it still holds its bytes.
     EXPECT_EQ(std::memcmp(before, video.data(), 40), 0);
 
