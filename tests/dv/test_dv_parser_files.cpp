@@ -193,6 +193,28 @@ TEST(DVParserSteps, TheSecondFrameIsUsedUnlessItIsLargerThanTheFirst) {
     EXPECT_STREQ(later.parser.GetDVVideoParams().recordingDateTime, "9.6.2003 21:15:8");
     EXPECT_EQ(later.parser.GetDVAudioParams().sampleRate, 44100u);
     EXPECT_EQ(later.parser.GetDVAudioParams().secondChannel, 1u);
+    // The synthesised header and format, field by field, from that frame's sound.
+    const CZeAviStreamHeader* h = later.parser.GetAudioStreamHeader();
+    const WAVEFORMATEX* w = later.parser.GetAudioFormat();
+    ASSERT_NE(h, nullptr);
+    ASSERT_NE(w, nullptr);
+    EXPECT_EQ(h->GetFccType(), 0x73647561u);  // "auds"
+    EXPECT_EQ(h->GetFccHandler() | h->GetFlags() | h->GetPriority() | h->GetLanguage(), 0u);
+    EXPECT_EQ(h->GetInitialFrames(), 1u);
+    EXPECT_EQ(h->GetScale(), 1u);
+    EXPECT_EQ(h->GetRate(), 44100u);
+    EXPECT_EQ(h->GetStart() | h->GetQuality(), 0u);
+    EXPECT_EQ(h->GetLength(), 3u * 44100u / 25u);
+    EXPECT_EQ(h->GetSuggestedBufferSize(), 2u * 44100u / 25u);
+    EXPECT_EQ(h->GetSampleSize(), 2u);
+    EXPECT_EQ(h->GetFrame().left | h->GetFrame().top | h->GetFrame().right | h->GetFrame().bottom, 0);
+    EXPECT_EQ(w->wFormatTag, 1);
+    EXPECT_EQ(w->nChannels, 2);
+    EXPECT_EQ(w->nSamplesPerSec, 44100u);
+    EXPECT_EQ(w->nAvgBytesPerSec, 88200u);
+    EXPECT_EQ(w->nBlockAlign, 2);
+    EXPECT_EQ(w->wBitsPerSample, 16);
+    EXPECT_EQ(w->cbSize, 0);
 
     // Frame N empty: the index has no frame to decode, reported once by the video step.
     SetErrorContext("");
