@@ -31,7 +31,7 @@ demo: build
 fuzz:
 	@ZE_WITH_CLANG=1 scripts/install-deps
 	@CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZE_FUZZ=ON -DZE_TESTS=OFF >/dev/null
-	@cmake --build build-fuzz -j $(JOBS) --target fuzz_avi_parser fuzz_make_seeds
+	@cmake --build build-fuzz -j $(JOBS) --target fuzz_avi_parser fuzz_avi_structured fuzz_make_seeds
 	@scripts/run-fuzz build-fuzz $(FUZZ_SECONDS)
 
 bench:
