@@ -39,6 +39,7 @@ void CZeAviFileParser::Reset() {
     m_aviFile.SetFileName(std::string());
     m_parsed = 0;
     m_audioCursor = AudioCursor();
+    m_indexEntriesRead = 0;
     std::vector<uint64_t>().swap(m_audioEntryEnds);
     m_frameCache[0] = FrameCache();
     m_frameCache[1] = FrameCache();
@@ -168,6 +169,7 @@ HRESULT CZeAviFileParser::Parse() {
     if (m_parsed) return S_OK;
     m_aviFile.Reset();
     m_audioCursor = AudioCursor();
+    m_indexEntriesRead = 0;
     std::vector<uint64_t>().swap(m_audioEntryEnds);
     HRESULT hr = SeekTo(0);
     if (FAILED(hr)) return hr;

@@ -212,6 +212,8 @@ private:
         uint64_t inEntry = 0;         // offset inside that entry
     };
     AudioCursor m_audioCursor;
+    // Standard index entries read so far by the running parse, over all streams.
+    uint64_t m_indexEntriesRead = 0;
     // End offset (in stream bytes) of every entry of the first audio stream, for GetAudioIndex.
     std::vector<uint64_t> m_audioEntryEnds;
 

@@ -132,15 +132,15 @@ HRESULT CZeAviFileParser::FillSuperIndex(CZeAviIndexListChunk& indexList, CZeAvi
     // Guard: an array reaching past the end of the file could only end in a short read; it is
     // refused as one before it is allocated.
     if (bytes > BytesFrom(m_file.GetPosition())) return ReportError(kClass, method, E_AVI_READ);
-    // Guard: the streams' indexes together cannot hold more entries than the file has room for
-    // 8-byte entries; super indexes that name the same 'ix##' chunk again and again, within one
-    // stream or across streams, stop here instead of growing the indexes without bound. Arrays
-    // that lie inside the file, each in bytes of its own, never trip this, so it comes after the
-    // short-read test and only catches entries counted twice.
-    uint64_t held = indexList.GetCount();
-    for (const CZeAviStreamList& stream : m_aviFile.GetStreams()) held += stream.GetIndexList().GetCount();
+    // Guard: one parse cannot read more standard index entries, over all streams, kept or left
+    // out, than the file has room for 8-byte entries; super indexes that name the same 'ix##'
+    // chunk again and again, within one stream or across streams, stop here instead of growing
+    // the indexes (or the time spent on them) without bound. Arrays that lie inside the file, each
+    // in bytes of its own, never trip this, so it comes after the short-read test and only catches
+    // entries counted twice.
     const uint64_t maxEntries = m_file.GetFileSize() / 8;
-    if (held + count > maxEntries) return ReportError(kClass, method, E_AVI_STREAMINDEX);
+    if (m_indexEntriesRead + count > maxEntries) return ReportError(kClass, method, E_AVI_STREAMINDEX);
+    m_indexEntriesRead += count;
     std::vector<uint8_t> array;
     try {
         array.resize(static_cast<size_t>(bytes));

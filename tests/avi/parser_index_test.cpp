@@ -218,34 +218,40 @@ TEST(ParserIndex, RepeatedStandardIndexesStopAtTheFilesCapacity) {
     EXPECT_EQ(f.parse, E_AVI_STREAMINDEX);
     EXPECT_EQ(CountReports(E_AVI_STREAMINDEX, "FillSuperIndex"), 1);
 
-    // The same holds across streams: two streams whose super indexes name one standard index that
-    // fills most of the file would together hold more entries than the file has room for.
-    AviSpec two = OdmlSpec(200, 0);
-    two.streams.push_back(VideoStream("DIB ", 32, 16));
-    two.streams[1].superIndex = SuperIndex::Full;
-    const std::vector<ChunkSpec> second = PatternChunks("01dc", 200, 40, 7);
-    two.chunks.insert(two.chunks.end(), second.begin(), second.end());
-    const AviLayout shared = BuildAvi(two);
-    bytes = shared.bytes;
-    // The first frame's data becomes a standard index whose entries run on to the end of the file.
-    const uint64_t ix = shared.dataPos[0];
-    const uint32_t count = static_cast<uint32_t>((bytes.size() - ix - 32) / 8);
-    ASSERT_LE(count, bytes.size() / 8);
-    ASSERT_GT(2 * static_cast<uint64_t>(count), bytes.size() / 8);
-    std::memcpy(&bytes[ix], "ix00", 4);
-    PatchU32(bytes, ix + 4, 24 + 8 * count);
-    PatchU32(bytes, ix + 8, 0x01000002u);  // two longs an entry, index of chunks
-    PatchU32(bytes, ix + 12, count);
-    std::memcpy(&bytes[ix + 16], "00dc", 4);
-    PatchU64(bytes, ix + 20, 0);
-    const size_t firstIndx = FindText(bytes, "indx");
-    const size_t secondIndx = FindText(bytes, "indx", firstIndx + 4);
-    ASSERT_NE(secondIndx, std::string::npos);
-    PatchU64(bytes, firstIndx + 32, ix);
-    PatchU64(bytes, secondIndx + 32, ix);
-    ParsedBytes g(bytes);
-    EXPECT_EQ(g.parse, E_AVI_STREAMINDEX);
-    EXPECT_EQ(CountReports(E_AVI_STREAMINDEX, "FillSuperIndex"), 1);
+    // The same holds across streams, whether the first of them is kept or left out: two streams
+    // whose super indexes name one standard index that fills most of the file would together read
+    // more entries than the file has room for.
+    for (bool leftOut : {false, true}) {
+        AviSpec two = VideoSpec(0, 0, Idx1::None);
+        two.streams = {leftOut ? CompressedAudioStream(0x55, 2, 48000) : VideoStream("DIB ", 32, 16),
+                       VideoStream("DIB ", 32, 16)};
+        two.streams[0].superIndex = SuperIndex::Full;
+        two.streams[1].superIndex = SuperIndex::Full;
+        two.chunks = PatternChunks(leftOut ? "00wb" : "00dc", 200, 40, 3);
+        const std::vector<ChunkSpec> second = PatternChunks("01dc", 200, 40, 7);
+        two.chunks.insert(two.chunks.end(), second.begin(), second.end());
+        const AviLayout shared = BuildAvi(two);
+        bytes = shared.bytes;
+        // The first frame's data becomes a standard index whose entries run on to the end of the file.
+        const uint64_t ix = shared.dataPos[0];
+        const uint32_t count = static_cast<uint32_t>((bytes.size() - ix - 32) / 8);
+        ASSERT_LE(count, bytes.size() / 8);
+        ASSERT_GT(2 * static_cast<uint64_t>(count), bytes.size() / 8);
+        std::memcpy(&bytes[ix], "ix00", 4);
+        PatchU32(bytes, ix + 4, 24 + 8 * count);
+        PatchU32(bytes, ix + 8, 0x01000002u);  // two longs an entry, index of chunks
+        PatchU32(bytes, ix + 12, count);
+        std::memcpy(&bytes[ix + 16], "00dc", 4);
+        PatchU64(bytes, ix + 20, 0);
+        const size_t firstIndx = FindText(bytes, "indx");
+        const size_t secondIndx = FindText(bytes, "indx", firstIndx + 4);
+        ASSERT_NE(secondIndx, std::string::npos);
+        PatchU64(bytes, firstIndx + 32, ix);
+        PatchU64(bytes, secondIndx + 32, ix);
+        ParsedBytes g(bytes);
+        EXPECT_EQ(g.parse, E_AVI_STREAMINDEX) << leftOut;
+        EXPECT_EQ(CountReports(E_AVI_STREAMINDEX, "FillSuperIndex"), 1) << leftOut;
+    }
 }
 
 // A super index entry pointing near the top of the 64-bit range reads nothing from anywhere.
