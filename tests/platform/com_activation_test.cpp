@@ -8,8 +8,9 @@
 #include <unistd.h>
 
 #include "platform/win32.h"
+#include "reader/ze_host_interfaces.h"
 #include "tests/platform/inproc_server/ze_test_server.h"
-#include "tests/platform/registry_sandbox.h"
+#include "tests/support/registry_sandbox.h"
 
 namespace {
 
@@ -57,21 +58,9 @@ HRESULT STDAPICALLTYPE LocalClassObject(REFCLSID, REFIID iid, LPVOID* object) {
     return g_localFactory.QueryInterface(iid, object);
 }
 
-std::string GuidText(REFCLSID clsid) {
-    OLECHAR text[39];
-    StringFromGUID2(clsid, text, 39);
-    return std::string(text, text + 38);
-}
-
-// Writes the InprocServer32 default value of a class, with its terminating zero.
+// Registration must succeed for the activation that follows to mean anything.
 void RegisterServer(REFCLSID clsid, const std::string& path, DWORD type = REG_SZ) {
-    HKEY key = nullptr;
-    const std::string name = "CLSID\\" + GuidText(clsid) + "\\InprocServer32";
-    ASSERT_EQ(ERROR_SUCCESS,
-              RegCreateKeyExA(HKEY_CLASSES_ROOT, name.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr));
-    ASSERT_EQ(ERROR_SUCCESS, RegSetValueExA(key, nullptr, 0, type, reinterpret_cast<const BYTE*>(path.c_str()),
-                                            static_cast<DWORD>(path.size() + 1)));
-    RegCloseKey(key);
+    ASSERT_EQ(ERROR_SUCCESS, zetest::RegisterServer(clsid, path, type));
 }
 
 class ComActivationTest : public ::testing::Test {
@@ -81,7 +70,7 @@ protected:
         ZeRegisterBuiltinClass(kBuiltinClass, nullptr);
         CoUninitialize();
     }
-    RegistrySandbox sandbox;
+    zetest::RegistrySandbox sandbox;
 };
 
 TEST_F(ComActivationTest, BuiltinClassesComeFirstAndCanBeRemoved) {
@@ -148,11 +137,9 @@ TEST_F(ComActivationTest, UnregisteredAndBrokenRegistrations) {
     EXPECT_EQ(nullptr, object);
 
     // A key without a default value, or with one of a type that names no file.
-    HKEY key = nullptr;
-    const std::string name = "CLSID\\" + GuidText(kBuiltinClass) + "\\InprocServer32";
+    zetest::Key key;
     ASSERT_EQ(ERROR_SUCCESS,
-              RegCreateKeyExA(HKEY_CLASSES_ROOT, name.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr));
-    RegCloseKey(key);
+              zetest::CreateKey(HKEY_CLASSES_ROOT, "CLSID\\" + zetest::GuidText(kBuiltinClass) + "\\InprocServer32", key));
     EXPECT_EQ(REGDB_E_CLASSNOTREG, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IUnknown, &object));
     RegisterServer(kBuiltinClass, "/some/path.so", REG_BINARY);
     EXPECT_EQ(REGDB_E_CLASSNOTREG, CoCreateInstance(kBuiltinClass, nullptr, CLSCTX_ALL, IID_IUnknown, &object));
@@ -214,6 +201,48 @@ TEST_F(ComActivationTest, InprocServerFromTheRegistry) {
                                      reinterpret_cast<void**>(&adder)));
     EXPECT_EQ(1, adder->LiveObjects());
     adder->Release();
+}
+#endif
+
+#ifdef ZE_MODULE_PATH
+// The built module as a host meets it: registered by path under its class id, activated through
+// CoCreateInstance, answering through its interfaces, and unloadable once everything is released.
+TEST_F(ComActivationTest, HostCreatesTheReaderModuleThroughTheRegistry) {
+    RegisterServer(CLSID_ZEAviReaderModule, ZE_MODULE_PATH);
+    IZEVideoImportPlugIn* plugIn = nullptr;
+    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_ZEAviReaderModule, nullptr, CLSCTX_INPROC_SERVER, IID_IZEVideoImportPlugIn,
+                                     reinterpret_cast<void**>(&plugIn)));
+    ASSERT_NE(nullptr, plugIn);
+    ZeModuleInfo info{};
+    ASSERT_EQ(S_OK, plugIn->GetModuleInfo(&info));
+    EXPECT_TRUE(IsEqualCLSID(CLSID_ZEAviReaderModule, info.clsid));
+    // The module's task memory is the host's: the strings are freed here.
+    ASSERT_NE(nullptr, info.fileType);
+    EXPECT_STREQ("AVI", info.fileType);
+    CoTaskMemFree(info.fileType);
+    CoTaskMemFree(info.description);
+
+    // Both sides of the module agree on its unload state.
+    HMODULE module = GetModuleHandleA(ZE_MODULE_PATH);
+    ASSERT_NE(nullptr, module);
+    auto canUnload = reinterpret_cast<LPFNCANUNLOADNOW>(GetProcAddress(module, "DllCanUnloadNow"));
+    ASSERT_NE(nullptr, canUnload);
+    EXPECT_EQ(S_FALSE, canUnload());
+    IZEStatus* status = nullptr;
+    ASSERT_EQ(S_OK, plugIn->QueryInterface(IID_IZEStatus, reinterpret_cast<void**>(&status)));
+    plugIn->Release();
+    EXPECT_EQ(S_FALSE, canUnload());
+    status->Release();
+    EXPECT_EQ(S_OK, canUnload());
+
+    // The filters' class ids reach the module too, which cannot make them in this build.
+    const CLSID source = {0x4b9e6a07, 0xd2c8, 0x4e1f, {0x93, 0xa5, 0x7f, 0x0c, 0x1b, 0x2d, 0x6e, 0x84}};
+    RegisterServer(source, ZE_MODULE_PATH);
+    void* object = nullptr;
+    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
+              CoCreateInstance(source, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &object));
+    EXPECT_EQ(nullptr, object);
+    EXPECT_EQ(S_OK, canUnload());
 }
 #endif
 

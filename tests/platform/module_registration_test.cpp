@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 
 #include "platform/win32.h"
-#include "tests/platform/registry_sandbox.h"
+#include "tests/support/registry_sandbox.h"
 
 #ifdef ZE_MODULE_PATH
 namespace {
@@ -51,10 +51,7 @@ protected:
         // Loaded from a copy in the sandbox, so that the path written is told apart from the test
         // program's own (both would otherwise start with the same two bytes).
         modulePath_ = sandbox.Folder() + "/libzeavireader.so";
-        std::ifstream in(ZE_MODULE_PATH, std::ios::binary);
-        std::ofstream out(modulePath_, std::ios::binary);
-        out << in.rdbuf();
-        out.close();
+        std::ofstream(modulePath_, std::ios::binary) << std::ifstream(ZE_MODULE_PATH, std::ios::binary).rdbuf();
         module_ = LoadLibraryA(modulePath_.c_str());
         ASSERT_NE(nullptr, module_) << GetLastError();
         registerServer_ = reinterpret_cast<LPFNCANUNLOADNOW>(GetProcAddress(module_, "DllRegisterServer"));
@@ -108,7 +105,7 @@ protected:
         return s;
     }
 
-    RegistrySandbox sandbox;
+    zetest::RegistrySandbox sandbox;
     std::string modulePath_;
     HMODULE module_ = nullptr;
     LPFNCANUNLOADNOW registerServer_ = nullptr;
@@ -133,11 +130,7 @@ TEST_F(ModuleRegistrationTest, UnregisterRemovesEverythingItWrote) {
 
 TEST_F(ModuleRegistrationTest, UnregisterLeavesOtherFiltersInTheCategory) {
     const std::string other = "CLSID\\{083863F1-70DE-11d0-BD40-00A0C911CE86}\\Instance\\{OTHER}";
-    HKEY key = nullptr;
-    ASSERT_EQ(ERROR_SUCCESS,
-              RegCreateKeyExA(HKEY_CLASSES_ROOT, other.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr));
-    ASSERT_EQ(ERROR_SUCCESS, RegSetValueExA(key, "FriendlyName", 0, REG_SZ, reinterpret_cast<const BYTE*>("Other"), 6));
-    RegCloseKey(key);
+    ASSERT_EQ(ERROR_SUCCESS, zetest::WriteValue(HKEY_CLASSES_ROOT, other, "FriendlyName", REG_SZ, "Other", 6));
 
     ASSERT_EQ(S_OK, registerServer_());
     EXPECT_EQ(S_FALSE, unregisterServer_());
@@ -157,9 +150,7 @@ TEST_F(ModuleRegistrationTest, UnregisterLeavesOtherFiltersInTheCategory) {
 TEST_F(ModuleRegistrationTest, AKeyThatCannotBeCreatedFailsTheRegistration) {
     // The store's folder is a plain file, so no key can be written.
     const std::string blocker = sandbox.Folder() + "/blocker";
-    FILE* file = std::fopen(blocker.c_str(), "w");
-    ASSERT_NE(nullptr, file);
-    std::fclose(file);
+    ASSERT_FALSE((std::ofstream(blocker) << "x").fail());
     ::setenv("ZE_REGISTRY_FILE", (blocker + "/registry.reg").c_str(), 1);
     EXPECT_EQ(SELFREG_E_CLASS, registerServer_());
     EXPECT_EQ(S_FALSE, unregisterServer_());

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "platform/win32.h"
+#include "tests/support/temp_dir.h"
 
 namespace {
 
@@ -83,14 +84,9 @@ TEST(ModulesTest, FailuresGiveWindowsErrorNumbers) {
     EXPECT_EQ(ERROR_INVALID_PARAMETER, GetLastError());
 
     // A file that exists but is no library.
-    char path[] = "/tmp/ze_not_a_library_XXXXXX";
-    const int fd = ::mkstemp(path);
-    ASSERT_GE(fd, 0);
-    ASSERT_EQ(5, ::write(fd, "text\n", 5));
-    ::close(fd);
-    EXPECT_EQ(nullptr, LoadLibraryA(path));
+    zetest::TempDir folder;
+    EXPECT_EQ(nullptr, LoadLibraryA(folder.Put("not_a_library.so", std::string("text\n")).c_str()));
     EXPECT_EQ(ERROR_BAD_EXE_FORMAT, GetLastError());
-    ::unlink(path);
 
     // Handles that are no modules are refused, not followed.
     HMODULE bogus = reinterpret_cast<HMODULE>(uintptr_t{0x12345678});

@@ -1,64 +1,37 @@
 // The file-backed registry: key and value semantics, the size rules of queries and enumerations,
-// case-insensitive names, the REGEDIT4 file, and bad input.
+// case-insensitive names, and bad arguments.
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "platform/win32.h"
-#include "tests/platform/registry_sandbox.h"
+#include "tests/support/registry_sandbox.h"
 
 namespace {
 
-// Closes the key when the test is done with it.
-class Key {
-public:
-    Key() = default;
-    ~Key() {
-        if (key_ != nullptr) RegCloseKey(key_);
-    }
-    Key(const Key&) = delete;
-    Key& operator=(const Key&) = delete;
-    HKEY* out() { return &key_; }
-    HKEY get() const { return key_; }
-
-private:
-    HKEY key_ = nullptr;
-};
-
-LONG SetString(HKEY key, const char* name, const std::string& text) {
-    return RegSetValueExA(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
-                          static_cast<DWORD>(text.size() + 1));
-}
+using zetest::CreateKey;
+using zetest::Key;
+using zetest::SetString;
 
 std::string QueryString(HKEY key, const char* name) {
     char buffer[512] = {};
     DWORD size = sizeof buffer;
-    DWORD type = 0;
-    if (RegQueryValueExA(key, name, nullptr, &type, reinterpret_cast<BYTE*>(buffer), &size) != ERROR_SUCCESS)
+    if (RegQueryValueExA(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(buffer), &size) != ERROR_SUCCESS)
         return "<missing>";
     return std::string(buffer, size).c_str();
 }
 
-bool KeyExists(HKEY root, const char* path) {
-    Key key;
-    return RegOpenKeyExA(root, path, 0, KEY_READ, key.out()) == ERROR_SUCCESS;
-}
-
 class RegistryTest : public ::testing::Test {
 protected:
-    RegistrySandbox sandbox;
+    zetest::RegistrySandbox sandbox;
 };
 
 TEST_F(RegistryTest, CreateOpenSetAndQueryValuesOfEachType) {
-    Key created;
+    Key created, again, opened, missing;
     DWORD disposition = 0;
-    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\Ze\\Test", 0, nullptr, 0, KEY_ALL_ACCESS,
-                                             nullptr, created.out(), &disposition));
+    ASSERT_EQ(ERROR_SUCCESS, CreateKey(HKEY_CURRENT_USER, "Software\\Ze\\Test", created, &disposition));
     EXPECT_EQ(REG_CREATED_NEW_KEY, disposition);
-    Key again;
-    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\Ze\\Test", 0, nullptr, 0, KEY_ALL_ACCESS,
-                                             nullptr, again.out(), &disposition));
+    ASSERT_EQ(ERROR_SUCCESS, CreateKey(HKEY_CURRENT_USER, "Software\\Ze\\Test", again, &disposition));
     EXPECT_EQ(REG_OPENED_EXISTING_KEY, disposition);
 
     ASSERT_EQ(ERROR_SUCCESS, SetString(created.get(), nullptr, "default text"));
@@ -69,58 +42,44 @@ TEST_F(RegistryTest, CreateOpenSetAndQueryValuesOfEachType) {
     const BYTE blob[] = {0, 1, 2, 0xFF, 0x80};
     ASSERT_EQ(ERROR_SUCCESS, RegSetValueExA(created.get(), "Blob", 0, REG_BINARY, blob, sizeof blob));
 
-    Key opened;
     ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Ze\\Test", 0, KEY_READ, opened.out()));
     EXPECT_EQ("default text", QueryString(opened.get(), nullptr));
     EXPECT_EQ("default text", QueryString(opened.get(), ""));
     EXPECT_EQ("a \"quoted\" \\ path", QueryString(opened.get(), "Name"));
-
-    DWORD type = 0, value = 0, size = sizeof value;
-    ASSERT_EQ(ERROR_SUCCESS,
-              RegQueryValueExA(opened.get(), "Number", nullptr, &type, reinterpret_cast<BYTE*>(&value), &size));
+    DWORD type = 0;
+    EXPECT_EQ((std::vector<BYTE>{0xEF, 0xBE, 0xAD, 0xDE}),
+              zetest::QueryValue(HKEY_CURRENT_USER, "Software\\Ze\\Test", "Number", &type));
     EXPECT_EQ(REG_DWORD, type);
-    EXPECT_EQ(0xDEADBEEFu, value);
-    EXPECT_EQ(4u, size);
-
-    BYTE read[16] = {};
-    size = sizeof read;
-    ASSERT_EQ(ERROR_SUCCESS, RegQueryValueExA(opened.get(), "Blob", nullptr, &type, read, &size));
+    EXPECT_EQ(std::vector<BYTE>(blob, blob + sizeof blob),
+              zetest::QueryValue(HKEY_CURRENT_USER, "Software\\Ze\\Test", "Blob", &type));
     EXPECT_EQ(REG_BINARY, type);
-    ASSERT_EQ(sizeof blob, size);
-    EXPECT_EQ(0, memcmp(blob, read, sizeof blob));
 
     // Overwriting keeps one value of that name, with the new type.
     ASSERT_EQ(ERROR_SUCCESS, SetString(created.get(), "Number", "now text"));
     EXPECT_EQ("now text", QueryString(opened.get(), "Number"));
-    DWORD values = 0;
-    ASSERT_EQ(ERROR_SUCCESS, RegQueryInfoKeyA(opened.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                              &values, nullptr, nullptr, nullptr, nullptr));
+    DWORD subKeys = 0, values = 0;
+    zetest::CountEntries(HKEY_CURRENT_USER, "Software\\Ze\\Test", &subKeys, &values);
     EXPECT_EQ(4u, values);
 
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegQueryValueExA(opened.get(), "Absent", nullptr, nullptr, nullptr, nullptr));
-    Key missing;
     EXPECT_EQ(ERROR_FILE_NOT_FOUND,
               RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Ze\\Other", 0, KEY_READ, missing.out()));
 }
 
 TEST_F(RegistryTest, QuerySizeRulesFollowMoreData) {
     Key key;
-    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Ze", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                             key.out(), nullptr));
+    ASSERT_EQ(ERROR_SUCCESS, CreateKey(HKEY_LOCAL_MACHINE, "SOFTWARE\\Ze", key));
     ASSERT_EQ(ERROR_SUCCESS, SetString(key.get(), "Text", "0123456789"));  // 11 bytes with the zero
 
     DWORD size = 0, type = 0;
     EXPECT_EQ(ERROR_SUCCESS, RegQueryValueExA(key.get(), "Text", nullptr, &type, nullptr, &size));
     EXPECT_EQ(11u, size);
     EXPECT_EQ(REG_SZ, type);
-
-    char small[4] = {'x', 'x', 'x', 'x'};
+    char small[4], exact[11];
     size = sizeof small;
     EXPECT_EQ(ERROR_MORE_DATA,
               RegQueryValueExA(key.get(), "Text", nullptr, nullptr, reinterpret_cast<BYTE*>(small), &size));
     EXPECT_EQ(11u, size);
-
-    char exact[11];
     size = sizeof exact;
     EXPECT_EQ(ERROR_SUCCESS,
               RegQueryValueExA(key.get(), "Text", nullptr, nullptr, reinterpret_cast<BYTE*>(exact), &size));
@@ -134,41 +93,33 @@ TEST_F(RegistryTest, QuerySizeRulesFollowMoreData) {
 }
 
 TEST_F(RegistryTest, NamesIgnoreCaseButKeepTheirSpelling) {
-    Key key;
-    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_CLASSES_ROOT, "CLSID\\{ABCDEF}\\InprocServer32", 0, nullptr, 0,
-                                             KEY_ALL_ACCESS, nullptr, key.out(), nullptr));
+    Key key, lower, machine;
+    ASSERT_EQ(ERROR_SUCCESS, CreateKey(HKEY_CLASSES_ROOT, "CLSID\\{ABCDEF}\\InprocServer32", key));
     ASSERT_EQ(ERROR_SUCCESS, SetString(key.get(), "ThreadingModel", "Both"));
-
-    Key lower;
     DWORD disposition = 0;
-    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_CLASSES_ROOT, "clsid\\{abcdef}\\inprocserver32", 0, nullptr, 0,
-                                             KEY_ALL_ACCESS, nullptr, lower.out(), &disposition));
+    ASSERT_EQ(ERROR_SUCCESS, CreateKey(HKEY_CLASSES_ROOT, "clsid\\{abcdef}\\inprocserver32", lower, &disposition));
     EXPECT_EQ(REG_OPENED_EXISTING_KEY, disposition);
     EXPECT_EQ("Both", QueryString(lower.get(), "THREADINGMODEL"));
     ASSERT_EQ(ERROR_SUCCESS, SetString(lower.get(), "threadingmodel", "Apartment"));
     EXPECT_EQ("Apartment", QueryString(key.get(), "ThreadingModel"));
 
     // The classes root is HKEY_LOCAL_MACHINE\SOFTWARE\Classes, and the first spelling stays.
-    Key machine;
     ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExA(HKEY_LOCAL_MACHINE, "software\\classes\\CLSID", 0, KEY_READ, machine.out()));
     char name[64];
     DWORD chars = sizeof name;
     ASSERT_EQ(ERROR_SUCCESS, RegEnumKeyExA(machine.get(), 0, name, &chars, nullptr, nullptr, nullptr, nullptr));
     EXPECT_STREQ("{ABCDEF}", name);
-    char valueName[64];
-    chars = sizeof valueName;
-    ASSERT_EQ(ERROR_SUCCESS, RegEnumValueA(key.get(), 0, valueName, &chars, nullptr, nullptr, nullptr, nullptr));
-    EXPECT_STREQ("ThreadingModel", valueName);
+    chars = sizeof name;
+    ASSERT_EQ(ERROR_SUCCESS, RegEnumValueA(key.get(), 0, name, &chars, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_STREQ("ThreadingModel", name);
 }
 
 TEST_F(RegistryTest, EnumerationOrderAndLimits) {
     Key key;
-    ASSERT_EQ(ERROR_SUCCESS,
-              RegCreateKeyExA(HKEY_CURRENT_USER, "Enum", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.out(), nullptr));
+    ASSERT_EQ(ERROR_SUCCESS, CreateKey(HKEY_CURRENT_USER, "Enum", key));
     for (const char* child : {"beta", "Alpha", "gamma", "ALPHA2"}) {
         Key sub;
-        ASSERT_EQ(ERROR_SUCCESS,
-                  RegCreateKeyExA(key.get(), child, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, sub.out(), nullptr));
+        ASSERT_EQ(ERROR_SUCCESS, CreateKey(key.get(), child, sub));
     }
     std::vector<std::string> names;
     char name[16];
@@ -208,17 +159,12 @@ TEST_F(RegistryTest, EnumerationOrderAndLimits) {
     DWORD subKeys = 0, longest = 0, values = 0, longestValue = 0, largest = 0;
     ASSERT_EQ(ERROR_SUCCESS, RegQueryInfoKeyA(key.get(), nullptr, nullptr, nullptr, &subKeys, &longest, nullptr,
                                               &values, &longestValue, &largest, nullptr, nullptr));
-    EXPECT_EQ(4u, subKeys);
-    EXPECT_EQ(6u, longest);
-    EXPECT_EQ(2u, values);
-    EXPECT_EQ(1u, longestValue);
-    EXPECT_EQ(13u, largest);
+    EXPECT_EQ((std::vector<DWORD>{4, 6, 2, 1, 13}), (std::vector<DWORD>{subKeys, longest, values, longestValue, largest}));
 }
 
 TEST_F(RegistryTest, DeletingKeysAndValues) {
     Key key;
-    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_CURRENT_USER, "Del\\Leaf", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                             key.out(), nullptr));
+    ASSERT_EQ(ERROR_SUCCESS, CreateKey(HKEY_CURRENT_USER, "Del\\Leaf", key));
     ASSERT_EQ(ERROR_SUCCESS, SetString(key.get(), "v", "x"));
 
     // Only keys without subkeys can be deleted.
@@ -227,8 +173,8 @@ TEST_F(RegistryTest, DeletingKeysAndValues) {
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegDeleteValueA(key.get(), "v"));
     EXPECT_EQ(ERROR_SUCCESS, RegDeleteKeyA(HKEY_CURRENT_USER, "del\\LEAF"));
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, RegDeleteKeyA(HKEY_CURRENT_USER, "Del\\Leaf"));
-    EXPECT_FALSE(KeyExists(HKEY_CURRENT_USER, "Del\\Leaf"));
-    EXPECT_TRUE(KeyExists(HKEY_CURRENT_USER, "Del"));
+    EXPECT_FALSE(zetest::KeyExists(HKEY_CURRENT_USER, "Del\\Leaf"));
+    EXPECT_TRUE(zetest::KeyExists(HKEY_CURRENT_USER, "Del"));
 
     // A handle whose key is gone reports it; the handle itself is still closed normally.
     EXPECT_EQ(ERROR_KEY_DELETED, SetString(key.get(), "v", "y"));
@@ -245,14 +191,14 @@ TEST_F(RegistryTest, BadArgumentsGiveErrorNumbers) {
     EXPECT_EQ(ERROR_INVALID_HANDLE, RegOpenKeyExA(nullptr, "x", 0, KEY_READ, key.out()));
     EXPECT_EQ(ERROR_INVALID_HANDLE,
               RegOpenKeyExA(reinterpret_cast<HKEY>(uintptr_t{0x1234567}), "x", 0, KEY_READ, key.out()));
-    EXPECT_EQ(ERROR_BAD_PATHNAME,
-              RegCreateKeyExA(HKEY_CURRENT_USER, "\\lead", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.out(), nullptr));
-    EXPECT_EQ(ERROR_BAD_PATHNAME,
-              RegCreateKeyExA(HKEY_CURRENT_USER, "a\\\\b", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.out(), nullptr));
-    EXPECT_EQ(ERROR_INVALID_PARAMETER, RegCreateKeyExA(HKEY_CURRENT_USER, std::string(256, 'k').c_str(), 0, nullptr, 0,
-                                                       KEY_ALL_ACCESS, nullptr, key.out(), nullptr));
-    EXPECT_EQ(ERROR_INVALID_PARAMETER, RegCreateKeyExA(HKEY_CURRENT_USER, "line\nbreak", 0, nullptr, 0, KEY_ALL_ACCESS,
-                                                       nullptr, key.out(), nullptr));
+    const struct {
+        std::string path;
+        LONG error;
+    } badPaths[] = {{"\\lead", ERROR_BAD_PATHNAME},
+                    {"a\\\\b", ERROR_BAD_PATHNAME},
+                    {std::string(256, 'k'), ERROR_INVALID_PARAMETER},
+                    {"line\nbreak", ERROR_INVALID_PARAMETER}};
+    for (const auto& bad : badPaths) EXPECT_EQ(bad.error, CreateKey(HKEY_CURRENT_USER, bad.path, key)) << bad.path;
     EXPECT_EQ(ERROR_INVALID_PARAMETER,
               RegCreateKeyExA(HKEY_CURRENT_USER, "x", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, nullptr, nullptr));
     EXPECT_EQ(ERROR_INVALID_PARAMETER, RegDeleteKeyA(HKEY_CURRENT_USER, nullptr));
@@ -267,15 +213,13 @@ TEST_F(RegistryTest, BadArgumentsGiveErrorNumbers) {
     EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(HKEY_CLASSES_ROOT));
 
     // Access rights of the handle are honoured.
-    Key readOnly;
+    Key readOnly, writeOnly;
     ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExA(HKEY_CURRENT_USER, "Bad", 0, KEY_READ, readOnly.out()));
     EXPECT_EQ(ERROR_ACCESS_DENIED, SetString(readOnly.get(), "v", "x"));
-    Key writeOnly;
     ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExA(HKEY_CURRENT_USER, "Bad", 0, KEY_SET_VALUE, writeOnly.out()));
     EXPECT_EQ(ERROR_SUCCESS, SetString(writeOnly.get(), "v", "x"));
     EXPECT_EQ(ERROR_ACCESS_DENIED, RegQueryValueExA(writeOnly.get(), "v", nullptr, nullptr, nullptr, nullptr));
-    EXPECT_EQ(ERROR_ACCESS_DENIED,
-              RegCreateKeyExA(readOnly.get(), "child", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.out(), nullptr));
+    EXPECT_EQ(ERROR_ACCESS_DENIED, CreateKey(readOnly.get(), "child", key));
 }
 
 }  // namespace
