@@ -1,15 +1,25 @@
-// CZeFile and CZeFileView on real files: both read modes, both seek modes, mapping rules.
+// The file layer on real files: CZeFile and CZeFileView in both read and both seek modes with their
+// mapping rules, and the POSIX stand-ins for the Windows file, mapping and sync calls beneath them.
 #include <gtest/gtest.h>
 
 #include <random>
 
 #include "avi/ze_osal_file.h"
-#include "tests/foundation/temp_file.h"
+#include "platform/win32.h"
+#include "tests/fixtures/ze_temp_file.h"
 
 using ZeOSAL::CZeFile;
 using ZeOSAL::CZeFileView;
+using zetest::TempFile;
 
 namespace {
+
+// Bytes whose value tells their position, so that a misplaced read shows.
+std::vector<uint8_t> PatternBytes(size_t n) {
+    std::vector<uint8_t> v(n);
+    for (size_t i = 0; i < n; ++i) v[i] = static_cast<uint8_t>((i * 7u + (i >> 8) * 13u) & 0xFF);
+    return v;
+}
 
 constexpr uint32_t kMappedFlags = FILE_ATTRIBUTE_READONLY | FILE_FLAG_NO_BUFFERING;
 
@@ -32,7 +42,7 @@ TEST(MappedRead, ShortReadsAtAndPastTheEnd) {
     const auto bytes = PatternBytes(1000);
     TempFile file(bytes);
     CZeFile f;
-    ASSERT_EQ(OpenMapped(f, file.path()), 0);
+    ASSERT_EQ(OpenMapped(f, file.Path()), 0);
     ASSERT_TRUE(f.IsOpen());
 
     uint8_t buf[64];
@@ -52,6 +62,13 @@ TEST(MappedRead, ShortReadsAtAndPastTheEnd) {
     EXPECT_EQ(f.Read(buf, &count, &got, nullptr), E_FAIL);  // starts past the end
     EXPECT_EQ(got, 0u);
 
+    // A read of nothing leaves the count read untouched, wherever the position stands.
+    uint64_t none = 0;
+    got = 777;
+    EXPECT_EQ(f.Read(buf, &none, &got, nullptr), 0);
+    EXPECT_EQ(got, 777u);
+    EXPECT_EQ(f.GetPosition(), 1001u);
+
     // The object stays usable.
     SeekTo(f, 0);
     count = 8;
@@ -61,21 +78,10 @@ TEST(MappedRead, ShortReadsAtAndPastTheEnd) {
     EXPECT_EQ(f.Close(), 0);
 }
 
-TEST(MappedRead, ZeroByteReadLeavesBytesReadUntouched) {
-    TempFile file(PatternBytes(100));
-    CZeFile f;
-    ASSERT_EQ(OpenMapped(f, file.path()), 0);
-    uint8_t buf[4];
-    uint64_t count = 0, got = 777;
-    EXPECT_EQ(f.Read(buf, &count, &got, nullptr), 0);
-    EXPECT_EQ(got, 777u);
-    EXPECT_EQ(f.GetPosition(), 0u);
-}
-
 TEST(MappedRead, NullBufferAndClosedFileGivePointerError) {
     TempFile file(PatternBytes(100));
     CZeFile f;
-    ASSERT_EQ(OpenMapped(f, file.path()), 0);
+    ASSERT_EQ(OpenMapped(f, file.Path()), 0);
     uint64_t count = 4, got = 0;
     EXPECT_EQ(f.Read(nullptr, &count, &got, nullptr), E_POINTER);
     uint8_t buf[4];
@@ -88,7 +94,7 @@ TEST(MappedRead, NullBufferAndClosedFileGivePointerError) {
     // Closed again: CloseHandle fails, yet the result is the view reset's 0.
     EXPECT_EQ(f.Close(), 0);
     // And it opens again.
-    ASSERT_EQ(OpenMapped(f, file.path()), 0);
+    ASSERT_EQ(OpenMapped(f, file.Path()), 0);
     SeekTo(f, 0);
     EXPECT_EQ(f.Read(buf, &count, &got, nullptr), 0);
     EXPECT_EQ(got, 4u);
@@ -97,7 +103,7 @@ TEST(MappedRead, NullBufferAndClosedFileGivePointerError) {
 TEST(MappedRead, EmptyFileOpensButCannotBeMappedSoReadsFail) {
     TempFile file({});
     CZeFile f;
-    const int32_t attach = OpenMapped(f, file.path());
+    const int32_t attach = OpenMapped(f, file.Path());
     EXPECT_GT(attach, 0);  // a Win32 error number from the read-only mapping, not an HRESULT
     EXPECT_TRUE(f.IsOpen());
     uint8_t buf[4];
@@ -125,7 +131,7 @@ TEST(MappedRead, RandomReadsMatchTheFileAcrossViewBoundaries) {
     for (DWORD granularity : {0u, 4096u, 8192u}) {
         GranularityGuard guard(granularity);
         CZeFile f;
-        ASSERT_EQ(OpenMapped(f, file.path()), 0);
+        ASSERT_EQ(OpenMapped(f, file.Path()), 0);
         std::mt19937 rng(granularity + 1);
         std::vector<uint8_t> buf(70000);
         for (int i = 0; i < 300; ++i) {
@@ -143,30 +149,25 @@ TEST(MappedRead, RandomReadsMatchTheFileAcrossViewBoundaries) {
 TEST(FileView, ViewsStartAtTheGranularityBelowTheOffset) {
     const auto bytes = PatternBytes(200000);
     TempFile file(bytes);
-    {
-        GranularityGuard guard(4096);
+    const struct {
+        DWORD setGranularity, granularity;
+        uint64_t offset;
+        uint32_t mappedLength;
+    } cases[] = {{4096, 4096, 5000, 10 + (5000 - 4096)}, {0, 65536, 70000, 10 + (70000 - 65536)}, {0, 65536, 0, 10}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.offset);
+        GranularityGuard guard(c.setGranularity);
         CZeFile f;
-        ASSERT_EQ(OpenMapped(f, file.path()), 0);
-        EXPECT_EQ(f.GetView().GetGranularity(), 4096u);
+        ASSERT_EQ(OpenMapped(f, file.Path()), 0);
+        EXPECT_EQ(f.GetView().GetGranularity(), c.granularity);
         uint8_t buf[10];
         uint64_t count = 10, got = 0;
-        SeekTo(f, 5000);
+        SeekTo(f, c.offset);
         ASSERT_EQ(f.Read(buf, &count, &got, nullptr), 0);
-        EXPECT_EQ(f.GetView().GetMappedLength(), 10u + (5000u - 4096u));
-        EXPECT_EQ(0, memcmp(buf, bytes.data() + 5000, 10));
+        EXPECT_EQ(f.GetView().GetMappedLength(), c.mappedLength);
+        EXPECT_EQ(0, memcmp(buf, bytes.data() + c.offset, 10));
+        EXPECT_TRUE(f.GetView().IsReadOnlyMapping());
     }
-    CZeFile f;
-    ASSERT_EQ(OpenMapped(f, file.path()), 0);
-    EXPECT_EQ(f.GetView().GetGranularity(), 65536u);
-    uint8_t buf[10];
-    uint64_t count = 10, got = 0;
-    SeekTo(f, 70000);
-    ASSERT_EQ(f.Read(buf, &count, &got, nullptr), 0);
-    EXPECT_EQ(f.GetView().GetMappedLength(), 10u + (70000u - 65536u));
-    SeekTo(f, 0);
-    ASSERT_EQ(f.Read(buf, &count, &got, nullptr), 0);
-    EXPECT_EQ(f.GetView().GetMappedLength(), 10u);
-    EXPECT_TRUE(f.GetView().IsReadOnlyMapping());
 }
 
 TEST(FileView, ArgumentAndHandleChecks) {
@@ -180,7 +181,7 @@ TEST(FileView, ArgumentAndHandleChecks) {
     EXPECT_EQ(view.Reset(), 0u);
 
     TempFile file(PatternBytes(100));
-    HANDLE h = CreateFileA(file.path().c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    HANDLE h = CreateFileA(file.Path().c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(h, INVALID_HANDLE_VALUE);
     ASSERT_EQ(view.Attach(h), 0u);
     CloseHandle(h);  // the view keeps its own duplicate
@@ -200,7 +201,7 @@ TEST(FileView, ArgumentAndHandleChecks) {
 TEST(MappedSeek, CurrentAddsWordsWithoutCarryAndEndIsIgnored) {
     TempFile file(PatternBytes(16));
     CZeFile f;
-    ASSERT_EQ(OpenMapped(f, file.path()), 0);
+    ASSERT_EQ(OpenMapped(f, file.Path()), 0);
     int32_t high = 0;
     EXPECT_EQ(f.Seek(static_cast<int32_t>(0xFFFFFFF0u), &high, FILE_BEGIN), 0xFFFFFFF0u);
     high = 0;
@@ -217,22 +218,11 @@ TEST(MappedSeek, CurrentAddsWordsWithoutCarryAndEndIsIgnored) {
     EXPECT_EQ(f.GetPosition(), 0x100000010ull);
 }
 
-TEST(MappedRead, AdvanceAfterReadCarriesIntoHighWord) {
-    TempFile file(PatternBytes(16));
-    CZeFile f;
-    ASSERT_EQ(OpenMapped(f, file.path()), 0);
-    SeekTo(f, 8);
-    uint8_t buf[8];
-    uint64_t count = 8, got = 0;
-    ASSERT_EQ(f.Read(buf, &count, &got, nullptr), 0);
-    EXPECT_EQ(f.GetPosition(), 16u);
-}
-
 TEST(PlainMode, ReadsAndSeeksThroughTheOperatingSystem) {
     const auto bytes = PatternBytes(300);
     TempFile file(bytes);
     CZeFile f;
-    ASSERT_EQ(f.Open(file.path().c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+    ASSERT_EQ(f.Open(file.Path().c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                      FILE_ATTRIBUTE_NORMAL, nullptr),
               0);
     EXPECT_EQ(f.Seek(290, nullptr, FILE_BEGIN), 290u);
@@ -263,6 +253,79 @@ TEST(FourCC, BuildersAndPathJoin) {
     EXPECT_STREQ(path, "C:\\dir\\x.ax");
     ZeOSAL::AppendPath(path, "", "x.ax");
     EXPECT_STREQ(path, "\\x.ax");
+}
+
+TEST(Win32Files, OpenErrorsUseWindowsNumbers) {
+    EXPECT_EQ(CreateFileA("/no/such/file", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr),
+              INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(CreateFileA("/tmp", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    TempFile file(PatternBytes(10));
+    EXPECT_EQ(CreateFileA(file.Path().c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr),
+              INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_EXISTS);
+    EXPECT_FALSE(CloseHandle(reinterpret_cast<HANDLE>(0x1234)));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+}
+
+TEST(Win32Files, BackslashPathsWork) {
+    TempFile file(PatternBytes(10));
+    std::string windowsPath = file.Path();
+    for (char& c : windowsPath)
+        if (c == '/') c = '\\';
+    HANDLE h = CreateFileA(windowsPath.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(h, INVALID_HANDLE_VALUE);
+    BY_HANDLE_FILE_INFORMATION info;
+    ASSERT_TRUE(GetFileInformationByHandle(h, &info));
+    EXPECT_EQ(info.nFileSizeLow, 10u);
+    EXPECT_EQ(info.nFileSizeHigh, 0u);
+    EXPECT_TRUE(CloseHandle(h));
+}
+
+TEST(Win32Mappings, ProtectionSizeAndAlignmentRules) {
+    TempFile file(PatternBytes(100000));
+    HANDLE h = CreateFileA(file.Path().c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(h, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(CreateFileMappingA(h, nullptr, PAGE_READWRITE, 0, 0, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(CreateFileMappingA(h, nullptr, PAGE_READONLY, 0, 200000, nullptr), nullptr);
+    EXPECT_NE(GetLastError(), 0u);
+    HANDLE m = CreateFileMappingA(h, nullptr, PAGE_READONLY, 0, 0, nullptr);
+    ASSERT_NE(m, nullptr);
+    EXPECT_EQ(MapViewOfFile(m, FILE_MAP_READ, 0, 4096, 10), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_MAPPED_ALIGNMENT);
+    EXPECT_EQ(MapViewOfFile(m, FILE_MAP_WRITE, 0, 0, 10), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    auto* view = static_cast<const uint8_t*>(MapViewOfFile(m, FILE_MAP_READ, 0, 65536, 0));  // 0: to the end
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(view[100000 - 65536 - 1], PatternBytes(100000)[99999]);
+    EXPECT_TRUE(UnmapViewOfFile(view));
+    EXPECT_FALSE(UnmapViewOfFile(view));
+    HANDLE dup = nullptr;
+    ASSERT_TRUE(DuplicateHandle(GetCurrentProcess(), h, GetCurrentProcess(), &dup, 0, FALSE, DUPLICATE_SAME_ACCESS));
+    EXPECT_TRUE(CloseHandle(h));
+    BY_HANDLE_FILE_INFORMATION info;
+    EXPECT_TRUE(GetFileInformationByHandle(dup, &info));  // the duplicate outlives the original
+    EXPECT_TRUE(CloseHandle(dup));
+    EXPECT_TRUE(CloseHandle(m));
+    SYSTEM_INFO si;
+    GetSystemInfo(&si);
+    EXPECT_EQ(si.dwAllocationGranularity, 65536u);
+}
+
+TEST(Win32Sync, CriticalSectionIsReentrant) {
+    CRITICAL_SECTION cs;
+    InitializeCriticalSection(&cs);
+    EnterCriticalSection(&cs);
+    EnterCriticalSection(&cs);
+    LeaveCriticalSection(&cs);
+    LeaveCriticalSection(&cs);
+    DeleteCriticalSection(&cs);
+    LONG v = 0;
+    EXPECT_EQ(InterlockedIncrement(&v), 1);
+    EXPECT_EQ(InterlockedDecrement(&v), 0);
+    EXPECT_EQ(InterlockedDecrement(&v), -1);
 }
 
 }  // namespace
