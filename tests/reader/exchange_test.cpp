@@ -3,11 +3,18 @@
 #include <cstring>
 
 #include "tests/fixtures/ze_temp_file.h"
-#include "tests/reader/reader_module_fixture.h"
+#include "tests/support/reader_module.h"
 #include "tests/reader/reader_test_files.h"
 
 namespace readertest {
 namespace {
+
+using zetest::Descriptor;
+using zetest::ReaderTest;
+
+const std::string kGet = "CZEAviReader::IZEClientServerExchange2::Get";
+const std::string kSet = "CZEAviReader::IZEClientServerExchange2::Set";
+const std::string kCheck = "CZEAviReader::IZEClientServerExchange2::Check";
 
 class Exchange : public ReaderTest {
 protected:
@@ -45,17 +52,14 @@ TEST_F(Exchange, NothingOpenYet) {
     EXPECT_STREQ("MainHeader", name);
     CoTaskMemFree(name);
     ZeXpMainHeader header;
-    EXPECT_EQ(E_AVI_PARSE, Read(ZE_XP_MAIN_HEADER, 0, 0, &header));
-    EXPECT_TRUE(ReportedOnce(E_AVI_PARSE, "CZEAviReader::IZEClientServerExchange2::Get"));
-    EXPECT_EQ(E_INVALIDARG, exchange->Check(0x7777, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
-    EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::IZEClientServerExchange2::Check"));
-    EXPECT_EQ(E_POINTER, exchange->Get(ZE_XP_MAIN_HEADER, 0, 0, nullptr));
-    EXPECT_TRUE(ReportedOnce(E_POINTER, "CZEAviReader::IZEClientServerExchange2::Get"));
-    EXPECT_EQ(E_POINTER, exchange->Set(ZE_XP_FILE_PATH, 0, 0, ZE_XT_TEXT, 0, nullptr, 0, nullptr));
-    EXPECT_TRUE(ReportedOnce(E_POINTER, "CZEAviReader::IZEClientServerExchange2::Set"));
+    EXPECT_TRUE(Fails(Read(ZE_XP_MAIN_HEADER, 0, 0, &header), E_AVI_PARSE, kGet));
+    EXPECT_TRUE(Fails(exchange->Check(0x7777, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+                      E_INVALIDARG, kCheck));
+    EXPECT_TRUE(Fails(exchange->Get(ZE_XP_MAIN_HEADER, 0, 0, nullptr), E_POINTER, kGet));
+    EXPECT_TRUE(Fails(exchange->Set(ZE_XP_FILE_PATH, 0, 0, ZE_XT_TEXT, 0, nullptr, 0, nullptr), E_POINTER, kSet));
     // An open that fails leaves the exchange ready for another file.
-    EXPECT_EQ(E_AVI_OPEN, exchange->Set(ZE_XP_FILE_PATH, 0, 0, ZE_XT_TEXT, 10, "/no/such", 0, nullptr));
-    EXPECT_TRUE(ReportedOnce(E_AVI_OPEN, "CZeAviFileParser::OpenAVIFile"));
+    EXPECT_TRUE(Fails(exchange->Set(ZE_XP_FILE_PATH, 0, 0, ZE_XT_TEXT, 10, "/no/such", 0, nullptr),
+                      E_AVI_OPEN, "CZeAviFileParser::OpenAVIFile"));
     Open(VideoAvi({}));
     EXPECT_EQ(S_OK, Read(ZE_XP_MAIN_HEADER, 0, 0, &header));
 }
@@ -105,13 +109,10 @@ TEST_F(Exchange, HeadersFormatsAndNames) {
     ASSERT_EQ(S_OK, exchange->Get(ZE_XP_STREAM_NAME, 1, 0, &value));
     EXPECT_STREQ("commentary", name);
     value = Descriptor(name, 4);
-    EXPECT_EQ(E_INVALIDARG, exchange->Get(ZE_XP_STREAM_NAME, 1, 0, &value));
-    EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::IZEClientServerExchange2::Get"));
-    EXPECT_EQ(E_AVI_STREAMINDEX, Read(ZE_XP_STREAM_HEADER, 2, 0, &header));
-    EXPECT_TRUE(ReportedOnce(E_AVI_STREAMINDEX, "CZEAviReader::IZEClientServerExchange2::Get"));
+    EXPECT_TRUE(Fails(exchange->Get(ZE_XP_STREAM_NAME, 1, 0, &value), E_INVALIDARG, kGet));
+    EXPECT_TRUE(Fails(Read(ZE_XP_STREAM_HEADER, 2, 0, &header), E_AVI_STREAMINDEX, kGet));
     uint64_t wrongSize = 0;
-    EXPECT_EQ(E_INVALIDARG, Read(ZE_XP_STREAM_COUNT, 0, 0, &wrongSize));
-    EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::IZEClientServerExchange2::Get"));
+    EXPECT_TRUE(Fails(Read(ZE_XP_STREAM_COUNT, 0, 0, &wrongSize), E_INVALIDARG, kGet));
 
     ZeXpStreamRoles roles;
     ASSERT_EQ(S_OK, Read(ZE_XP_STREAM_ROLES, 0, 0, &roles));
@@ -144,8 +145,7 @@ TEST_F(Exchange, IndexEntriesInBatches) {
     ASSERT_EQ(S_OK, Read(ZE_XP_INDEX_ENTRIES, 1, 9, &one));
     EXPECT_EQ(layout.dataPos[19], one.qwPosition);
     EXPECT_EQ(0x62773130u, one.ckid);  // "01wb"
-    EXPECT_EQ(E_INVALIDARG, Read(ZE_XP_INDEX_ENTRIES, 1, 10, &one));
-    EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::IZEClientServerExchange2::Get"));
+    EXPECT_TRUE(Fails(Read(ZE_XP_INDEX_ENTRIES, 1, 10, &one), E_INVALIDARG, kGet));
 }
 
 TEST_F(Exchange, ColourFormats) {
@@ -172,13 +172,12 @@ TEST_F(Exchange, ColourFormats) {
     EXPECT_TRUE(IsEqualGUID(ZeMediaGuid::Rgb32, preferred));
     EXPECT_EQ(E_AVI_COLORSPACE, exchange->Set(ZE_XP_YUV_COLOR_FORMAT, 0, 0, ZE_XT_GUID, sizeof(GUID),
                                               &ZeMediaGuid::Pcm, 0, nullptr));
-    EXPECT_TRUE(ReportedOnce(E_AVI_COLORSPACE, "CZEAviReader::IZEClientServerExchange2::Set"));
-    EXPECT_EQ(E_INVALIDARG, exchange->Set(ZE_XP_STREAM_COUNT, 0, 0, ZE_XT_UINT32, 4, &count, 0, nullptr));
-    EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::IZEClientServerExchange2::Set"));
+    EXPECT_TRUE(ReportedOnce(E_AVI_COLORSPACE, kSet));
+    EXPECT_TRUE(Fails(exchange->Set(ZE_XP_STREAM_COUNT, 0, 0, ZE_XT_UINT32, 4, &count, 0, nullptr),
+                      E_INVALIDARG, kSet));
     char small[3];
     ZeExchangeValue value = Descriptor(small, sizeof(small));
-    EXPECT_EQ(E_INVALIDARG, exchange->Get(ZE_XP_COLOR_FORMAT_NAME, 0, 0, &value));
-    EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::IZEClientServerExchange2::Get"));
+    EXPECT_TRUE(Fails(exchange->Get(ZE_XP_COLOR_FORMAT_NAME, 0, 0, &value), E_INVALIDARG, kGet));
 }
 
 // Two DV frames: the first carries camera, lens, shutter and date packs, the second none.
@@ -241,9 +240,7 @@ TEST_F(DvExchange, MissingPacksAndBadDescriptors) {
     uint32_t result = 99;
     ZeExchangeValue after;
     EXPECT_EQ(E_ABORT, Camera(0, 1, &result, &after));
-    EXPECT_EQ(0u, after.cbStruct);
-    EXPECT_EQ(0u, after.cbValue);
-    EXPECT_EQ(nullptr, after.pValue);
+    EXPECT_TRUE(after.cbStruct == 0 && after.cbValue == 0 && after.pValue == nullptr);
     EXPECT_EQ(99u, result);
     EXPECT_TRUE(NothingReported());
     // A value size other than 4 is refused by the accessor, which reports it; the descriptor stays.
@@ -253,8 +250,7 @@ TEST_F(DvExchange, MissingPacksAndBadDescriptors) {
     EXPECT_EQ(sizeof(wide), value.cbValue);
     EXPECT_EQ(1u, TakeReports().size());
     // A frame past the end.
-    EXPECT_EQ(E_INVALIDARG, Camera(0, 2, &result, &after));
-    EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::IZEClientServerExchange2::Get"));
+    EXPECT_TRUE(Fails(Camera(0, 2, &result, &after), E_INVALIDARG, kGet));
 }
 
 TEST_F(DvExchange, RecordingDateAndParameters) {
@@ -264,12 +260,9 @@ TEST_F(DvExchange, RecordingDateAndParameters) {
     EXPECT_STREQ("31.12.2024 23:58:59", text);
     ZeXpDVTimestamp stamp{};
     ASSERT_EQ(S_OK, Read(ZE_XP_DV_TIMESTAMP, 0, 0, &stamp));
-    EXPECT_EQ(59u, stamp.seconds);
-    EXPECT_EQ(58u, stamp.minutes);
-    EXPECT_EQ(23u, stamp.hours);
-    EXPECT_EQ(31u, stamp.dayOfMonth);
-    EXPECT_EQ(11u, stamp.month);
-    EXPECT_EQ(124u, stamp.yearsSince1900);
+    EXPECT_EQ((std::vector<uint32_t>{59, 58, 23, 31, 11, 124}),
+              (std::vector<uint32_t>{stamp.seconds, stamp.minutes, stamp.hours, stamp.dayOfMonth, stamp.month,
+                                     stamp.yearsSince1900}));
     EXPECT_EQ(E_ABORT, Read(ZE_XP_DV_TIMESTAMP, 0, 1, &stamp));
     value = Descriptor(text, sizeof(text));
     EXPECT_EQ(E_ABORT, exchange->Get(ZE_XP_DV_RECORDING_TEXT, 0, 1, &value));
@@ -287,12 +280,10 @@ TEST_F(DvExchange, RecordingDateAndParameters) {
 TEST_F(Exchange, DvValuesOfOtherFiles) {
     Open(VideoAvi({}));
     ZeXpDVVideoParams params{};
-    EXPECT_EQ(E_AVI_NOVALIDFILE, Read(ZE_XP_DV_VIDEO_PARAMS, 0, 0, &params));
-    EXPECT_TRUE(ReportedOnce(E_AVI_NOVALIDFILE, "CZEAviReader::IZEClientServerExchange2::Get"));
+    EXPECT_TRUE(Fails(Read(ZE_XP_DV_VIDEO_PARAMS, 0, 0, &params), E_AVI_NOVALIDFILE, kGet));
     uint32_t result = 0;
     ZeExchangeValue after;
-    EXPECT_EQ(E_AVI_NOVALIDFILE, Camera(0, 0, &result, &after));
-    EXPECT_TRUE(ReportedOnce(E_AVI_NOVALIDFILE, "CZEAviReader::IZEClientServerExchange2::Get"));
+    EXPECT_TRUE(Fails(Camera(0, 0, &result, &after), E_AVI_NOVALIDFILE, kGet));
     DWORD available = 1;
     ASSERT_EQ(S_OK, exchange->Check(ZE_XP_CAMERA_FIRST, 0, 0, &available, nullptr, nullptr, nullptr, nullptr, nullptr));
     EXPECT_EQ(0u, available);

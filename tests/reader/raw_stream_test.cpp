@@ -2,11 +2,14 @@
 #include <cstring>
 
 #include "tests/fixtures/ze_temp_file.h"
-#include "tests/reader/reader_module_fixture.h"
+#include "tests/support/reader_module.h"
 #include "tests/reader/reader_test_files.h"
 
 namespace readertest {
 namespace {
+
+using zetest::Descriptor;
+using zetest::ReaderTest;
 
 constexpr size_t kAudioChunk = 7680;
 
@@ -65,8 +68,8 @@ TEST_F(RawStream, VideoPastTheEnd) {
     EXPECT_EQ(nullptr, sample);
     EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::GetRawSample"));
     const LONGLONG negative = -40;
-    EXPECT_EQ(E_INVALIDARG, raw->GetRawSample(ZE_RAW_VIDEO, ZE_TIME_MILLISECONDS, &negative, &sample, nullptr, nullptr));
-    EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::GetRawSample"));
+    EXPECT_TRUE(Fails(raw->GetRawSample(ZE_RAW_VIDEO, ZE_TIME_MILLISECONDS, &negative, &sample, nullptr, nullptr),
+                      E_INVALIDARG, "CZEAviReader::GetRawSample"));
     // Still usable.
     const LONGLONG first = 0;
     EXPECT_EQ(S_OK, raw->GetRawSample(ZE_RAW_VIDEO, ZE_TIME_MILLISECONDS, &first, &sample, nullptr, nullptr));
@@ -93,19 +96,15 @@ TEST_F(RawStream, ShortProperties) {
     OpenDv();
     ZeRawSampleProperties p{};
     const DWORD shortSize = sizeof(p);
+    // Buffers, buffer size (the video stream header's dwScale, the audio chunk), alignment, prefix.
     ASSERT_EQ(S_OK, raw->GetRawSampleProperties(ZE_RAW_VIDEO, &shortSize, &p, nullptr));
-    EXPECT_EQ(1u, p.buffers);
-    EXPECT_EQ(1u, p.bufferSize);  // the stream header's dwScale
-    EXPECT_EQ(1u, p.alignment);
-    EXPECT_EQ(0u, p.prefix);
+    EXPECT_EQ((std::vector<uint64_t>{1, 1, 1, 0}), (std::vector<uint64_t>{p.buffers, p.bufferSize, p.alignment, p.prefix}));
     ASSERT_EQ(S_OK, raw->GetRawSampleProperties(ZE_RAW_AUDIO, &shortSize, &p, nullptr));
-    EXPECT_EQ(1u, p.buffers);
-    EXPECT_EQ(kAudioChunk, p.bufferSize);
-    EXPECT_EQ(4u, p.alignment);
-    EXPECT_EQ(0u, p.prefix);
+    EXPECT_EQ((std::vector<uint64_t>{1, kAudioChunk, 4, 0}),
+              (std::vector<uint64_t>{p.buffers, p.bufferSize, p.alignment, p.prefix}));
     const DWORD wrong = 20;
-    EXPECT_EQ(E_FAIL, raw->GetRawSampleProperties(ZE_RAW_AUDIO, &wrong, &p, nullptr));
-    EXPECT_TRUE(ReportedOnce(E_FAIL, "CZEAviReader::GetRawSampleProperties"));
+    EXPECT_TRUE(Fails(raw->GetRawSampleProperties(ZE_RAW_AUDIO, &wrong, &p, nullptr),
+                      E_FAIL, "CZEAviReader::GetRawSampleProperties"));
     // Missing arguments and other kinds: nothing done.
     EXPECT_EQ(S_OK, raw->GetRawSampleProperties(ZE_RAW_AUDIO, nullptr, &p, nullptr));
     EXPECT_EQ(S_OK, raw->GetRawSampleProperties(ZE_RAW_AUDIO, &shortSize, nullptr, nullptr));
@@ -153,8 +152,7 @@ TEST_F(RawStream, NotDv) {
     plan.audio = true;
     zetest::TempFile xvid(zetest::BuildAvi(VideoAvi(plan)).bytes);
     GUID selected{};
-    EXPECT_EQ(E_INVALIDARG, raw->InitRawStream(xvid.c_str(), &selected, 0));
-    EXPECT_TRUE(ReportedOnce(E_INVALIDARG, "CZEAviReader::InitRawStream"));
+    EXPECT_TRUE(Fails(raw->InitRawStream(xvid.c_str(), &selected, 0), E_INVALIDARG, "CZEAviReader::InitRawStream"));
     EXPECT_TRUE(IsEqualGUID(ZeMediaGuid::Yuy2, selected));
     // Properties of a file whose video is not DV: nothing written, no failure.
     ZeRawSampleProperties p;
@@ -165,15 +163,14 @@ TEST_F(RawStream, NotDv) {
     // No raw buffers: samples are refused.
     const LONGLONG time = 0;
     BYTE* sample = nullptr;
-    EXPECT_EQ(E_FAIL, raw->GetRawSample(ZE_RAW_VIDEO, ZE_TIME_MILLISECONDS, &time, &sample, nullptr, nullptr));
-    EXPECT_TRUE(ReportedOnce(E_FAIL, "CZEAviReader::GetRawSample"));
+    EXPECT_TRUE(Fails(raw->GetRawSample(ZE_RAW_VIDEO, ZE_TIME_MILLISECONDS, &time, &sample, nullptr, nullptr),
+                      E_FAIL, "CZEAviReader::GetRawSample"));
     // The file stays open for the other interfaces.
     ZeStreamInfo info;
     EXPECT_EQ(S_OK, video->GetStreamInfo(&info));
-    EXPECT_EQ(E_POINTER, raw->InitRawStream(nullptr, nullptr, 0));
-    EXPECT_TRUE(ReportedOnce(E_POINTER, "CZEAviReader::InitRawStream"));
-    EXPECT_EQ(E_POINTER, raw->GetRawSample(ZE_RAW_VIDEO, 2, nullptr, &sample, nullptr, nullptr));
-    EXPECT_TRUE(ReportedOnce(E_POINTER, "CZEAviReader::GetRawSample"));
+    EXPECT_TRUE(Fails(raw->InitRawStream(nullptr, nullptr, 0), E_POINTER, "CZEAviReader::InitRawStream"));
+    EXPECT_TRUE(Fails(raw->GetRawSample(ZE_RAW_VIDEO, 2, nullptr, &sample, nullptr, nullptr),
+                      E_POINTER, "CZEAviReader::GetRawSample"));
 }
 
 }  // namespace

@@ -2,11 +2,14 @@
 #include <cstring>
 
 #include "tests/fixtures/ze_temp_file.h"
-#include "tests/reader/reader_module_fixture.h"
+#include "tests/support/reader_module.h"
 #include "tests/reader/reader_test_files.h"
 
 namespace readertest {
 namespace {
+
+using zetest::Descriptor;
+using zetest::ReaderTest;
 
 class StreamInfo : public ReaderTest {
 protected:
@@ -46,26 +49,21 @@ TEST_F(StreamInfo, CheckFileBySignature) {
     EXPECT_TRUE(NothingReported());
 
     flags = 7, value = 7;
-    EXPECT_EQ(E_AVI_NOVALIDFILE, video->CheckFile(wave.c_str(), &flags, &value));
-    EXPECT_TRUE(ReportedOnce(E_AVI_NOVALIDFILE, "CZeAviFileParser::Parse"));
+    EXPECT_TRUE(Fails(video->CheckFile(wave.c_str(), &flags, &value), E_AVI_NOVALIDFILE, "CZeAviFileParser::Parse"));
     EXPECT_EQ(0u, flags);
     EXPECT_EQ(45u, value);
-    EXPECT_EQ(E_AVI_NOVALIDFILE, audio->CheckFile(wave.c_str()));
-    EXPECT_TRUE(ReportedOnce(E_AVI_NOVALIDFILE, "CZeAviFileParser::Parse"));
+    EXPECT_TRUE(Fails(audio->CheckFile(wave.c_str()), E_AVI_NOVALIDFILE, "CZeAviFileParser::Parse"));
 }
 
-TEST_F(StreamInfo, CheckFileBadArguments) {
-    EXPECT_EQ(E_POINTER, video->CheckFile(nullptr, nullptr, nullptr));
-    EXPECT_TRUE(ReportedOnce(E_POINTER, "CZEAviReader::CheckFile"));
-    EXPECT_EQ(E_POINTER, audio->CheckFile(nullptr));
-    EXPECT_TRUE(ReportedOnce(E_POINTER, "CZEAviReader::CheckFile"));
+TEST_F(StreamInfo, CheckFileBadArgumentsAndAfterAParse) {
+    EXPECT_TRUE(Fails(video->CheckFile(nullptr, nullptr, nullptr), E_POINTER, "CZEAviReader::CheckFile"));
+    EXPECT_TRUE(Fails(audio->CheckFile(nullptr), E_POINTER, "CZEAviReader::CheckFile"));
     DWORD value = 0;
-    EXPECT_EQ(E_AVI_OPEN, video->CheckFile("/no/such/dir/clip.avi", nullptr, &value));
-    EXPECT_TRUE(ReportedOnce(E_AVI_OPEN, "CZeAviFileParser::OpenAVIFile"));
+    EXPECT_TRUE(Fails(video->CheckFile("/no/such/dir/clip.avi", nullptr, &value),
+                      E_AVI_OPEN, "CZeAviFileParser::OpenAVIFile"));
     EXPECT_EQ(45u, value);
-}
 
-TEST_F(StreamInfo, CheckFileAfterAParseAcceptsAnyPath) {
+    // After a parse any path is accepted.
     zetest::TempFile file(zetest::BuildAvi(VideoAvi({})).bytes);
     ASSERT_EQ(S_OK, Open(file));
     EXPECT_EQ(S_OK, video->CheckFile("/no/such/dir/clip.avi", nullptr, nullptr));
@@ -172,10 +170,8 @@ TEST_F(StreamInfo, RateScaleAndCompressionFlags) {
 
 TEST_F(StreamInfo, Failures) {
     ZeStreamInfo info;
-    EXPECT_EQ(E_POINTER, video->GetStreamInfo(nullptr));
-    EXPECT_TRUE(ReportedOnce(E_POINTER, "CZEAviReader::GetStreamInfo"));
-    EXPECT_EQ(E_AVI_PARSE, video->GetStreamInfo(&info));
-    EXPECT_TRUE(ReportedOnce(E_AVI_PARSE, "CZEAviReader::GetStreamInfo"));
+    EXPECT_TRUE(Fails(video->GetStreamInfo(nullptr), E_POINTER, "CZEAviReader::GetStreamInfo"));
+    EXPECT_TRUE(Fails(video->GetStreamInfo(&info), E_AVI_PARSE, "CZEAviReader::GetStreamInfo"));
 
     // Audio only: the call fails and leaves only the first three fields written.
     zetest::AviSpec plan;
