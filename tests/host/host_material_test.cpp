@@ -1,11 +1,13 @@
 // avihost on files made by ffmpeg: its audio, stream description, index and DV output against what
-// ffmpeg and ffprobe say about the same files.
+// ffmpeg and ffprobe say about the same files, and the sound of interleaved DV against ffmpeg's decode.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 
+#include "tests/fixtures/ze_avi_formats.h"
+#include "tests/fixtures/ze_avi_writer.h"
 #include "tests/fixtures/ze_ffmpeg_material.h"
 #include "tests/fixtures/ze_ffprobe_packets.h"
 #include "tests/host/host_runner.h"
@@ -14,11 +16,6 @@ namespace hosttest {
 namespace {
 
 using nlohmann::json;
-
-#define MATERIAL_OR_SKIP(var, name)                   \
-    std::string why_##var;                            \
-    const std::string var = Material(name, &why_##var); \
-    if (var.empty()) GTEST_SKIP() << why_##var
 
 double Ratio(const std::string& text) {
     const size_t slash = text.find('/');
@@ -31,7 +28,8 @@ class AudioAgainstFfmpeg : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(AudioAgainstFfmpeg, WavSamplesEqualFfmpegDecode) {
     MATERIAL_OR_SKIP(path, GetParam());
-    const std::string wav = OutputPath("audio.wav");
+    const zetest::TempDir out;
+    const std::string wav = out.Path() + "/audio.wav";
     const HostRun run = RunHost({"audio", path, "-o", wav});
     ASSERT_EQ(0, run.status) << run.err;
     EXPECT_EQ(std::string::npos, run.err.find("error"));
@@ -42,19 +40,10 @@ TEST_P(AudioAgainstFfmpeg, WavSamplesEqualFfmpegDecode) {
         if (s["codec_type"] == "audio") codec = s["codec_name"];
     ASSERT_FALSE(codec.empty());
     const std::string format = codec == "pcm_u8" ? "u8" : "s16le";
-    const std::string pcm = OutputPath("ffmpeg.pcm");
+    const std::string pcm = out.Path() + "/ffmpeg.pcm";
     ASSERT_EQ(0, zetest::RunCommand("ffmpeg -nostdin -v error -y -i " + zetest::ShellQuote(path) +
                                     " -map 0:a:0 -c:a " + codec + " -f " + format + " " + zetest::ShellQuote(pcm)));
-
-    const std::vector<uint8_t> ours = ReadFile(wav);
-    const std::vector<uint8_t> theirs = ReadFile(pcm);
-    ASSERT_GE(ours.size(), 44u);
-    uint32_t dataBytes = 0;
-    std::memcpy(&dataBytes, ours.data() + 40, 4);
-    ASSERT_EQ(theirs.size(), dataBytes);
-    EXPECT_TRUE(std::equal(theirs.begin(), theirs.end(), ours.begin() + 44)) << "the samples differ";
-    std::remove(wav.c_str());
-    std::remove(pcm.c_str());
+    ExpectWavDataEquals(wav, pcm);
 }
 
 INSTANTIATE_TEST_SUITE_P(Material, AudioAgainstFfmpeg,
@@ -113,7 +102,7 @@ TEST(HostIndex, VideoEntriesMatchFfprobePackets) {
     for (const char* name : {"mjpeg_s16_stereo", "divx_video_only", "dv_pal"}) {
         SCOPED_TRACE(name);
         std::string why;
-        const std::string path = Material(name, &why);
+        const std::string path = zetest::MaterialPath(name, &why);
         if (path.empty()) continue;
         const HostRun run = RunHost({"index", "--json", "--stream", "0", path});
         ASSERT_EQ(0, run.status) << run.err;
@@ -162,16 +151,16 @@ TEST(HostDv, RecordingDateAndCameraValues) {
 TEST(HostRaw, FrameAndAudioChunksAsStored) {
     MATERIAL_OR_SKIP(path, "dv_pal");
     const auto probe = zetest::ProbeFile(path);
-    const std::vector<uint8_t> file = ReadFile(path);
-    const std::string out = OutputPath("frame.dv");
-    const HostRun run = RunHost({"raw", path, "--frame", "5", "-o", out});
+    const std::vector<uint8_t> file = zetest::ReadWholeFile(path);
+    const zetest::TempDir out;
+    const HostRun run = RunHost({"raw", path, "--frame", "5", "-o", out.Path() + "/frame.dv"});
     ASSERT_EQ(0, run.status) << run.err;
-    const std::vector<uint8_t> frame = ReadFile(out);
+    const std::vector<uint8_t> frame = zetest::ReadWholeFile(out.Path() + "/frame.dv");
     const zetest::ProbePacket& packet = probe[0].packets.at(5);
     ASSERT_EQ(packet.size, frame.size());
     EXPECT_TRUE(std::equal(frame.begin(), frame.end(), file.begin() + packet.pos));
 
-    const std::string chunks = OutputPath("audio.raw");
+    const std::string chunks = out.Path() + "/audio.raw";
     const HostRun audio = RunHost({"raw", path, "--audio", "--chunks", "3", "-o", chunks});
     ASSERT_EQ(0, audio.status) << audio.err;
     // The first three stored audio chunks, from the module's own index.
@@ -181,9 +170,48 @@ TEST(HostRaw, FrameAndAudioChunksAsStored) {
         const auto at = file.begin() + entries[i]["qwPosition"].get<int64_t>();
         expected.insert(expected.end(), at, at + entries[i]["dwSize"].get<int64_t>());
     }
-    EXPECT_EQ(expected, ReadFile(chunks));
-    std::remove(out.c_str());
-    std::remove(chunks.c_str());
+    EXPECT_EQ(expected, zetest::ReadWholeFile(chunks));
+}
+
+constexpr size_t kPalFrame = 144000;
+
+// An interleaved DV file ('iavs', one stream): the module takes the sound out of the DV frames; it
+// must equal what ffmpeg decodes from the same frames.
+TEST(HostInterleavedDv, AudioFromTheFramesEqualsFfmpeg) {
+    if (zetest::RunCommand("ffmpeg -hide_banner -encoders 2>/dev/null | grep -q ' dvvideo '") != 0)
+        GTEST_SKIP() << "this ffmpeg cannot encode DV";
+    // ffmpeg's DV muxer puts 48 kHz stereo into the frames.
+    const zetest::TempDir out;
+    const std::string dv = out.Path() + "/frames.dv";
+    ASSERT_EQ(0, zetest::RunCommand("ffmpeg -nostdin -v error -y -f lavfi -i testsrc=size=720x576:rate=25:duration=0.8 "
+                                    "-f lavfi -i sine=frequency=523:sample_rate=48000:duration=0.8 -ac 2 -c:v dvvideo "
+                                    "-pix_fmt yuv420p -aspect 4:3 -c:a pcm_s16le -f dv " + zetest::ShellQuote(dv)));
+    const std::vector<uint8_t> frames = zetest::ReadWholeFile(dv);
+    ASSERT_EQ(0u, frames.size() % kPalFrame);
+
+    zetest::AviSpec avi;
+    avi.streams.push_back(zetest::IavsStream(true));
+    avi.width = 720;
+    avi.height = 576;
+    for (size_t at = 0; at < frames.size(); at += kPalFrame)
+        avi.chunks.push_back(zetest::ChunkSpec{"00__", {frames.begin() + static_cast<long>(at),
+                                                        frames.begin() + static_cast<long>(at + kPalFrame)}});
+    zetest::TempFile file(zetest::BuildAvi(avi).bytes);
+
+    const std::string wav = out.Path() + "/iavs.wav";
+    const HostRun run = RunHost({"audio", file.Path(), "-o", wav});
+    ASSERT_EQ(0, run.status) << run.err;
+    const std::string pcm = out.Path() + "/iavs.pcm";
+    ASSERT_EQ(0, zetest::RunCommand("ffmpeg -nostdin -v error -y -i " + zetest::ShellQuote(dv) +
+                                    " -map 0:a:0 -c:a pcm_s16le -f s16le " + zetest::ShellQuote(pcm)));
+    ExpectWavDataEquals(wav, pcm);
+
+    // The one stream is described as DV video with the frames' own audio parameters.
+    const HostRun dvRun = RunHost({"dv", "--json", file.Path()});
+    ASSERT_EQ(0, dvRun.status) << dvRun.err;
+    const nlohmann::json params = nlohmann::json::parse(dvRun.out);
+    EXPECT_EQ(48000, params["dvAudio"]["sampleRate"].get<int>());
+    EXPECT_EQ(16, params["dvAudio"]["bitsPerSample"].get<int>());
 }
 
 }  // namespace
