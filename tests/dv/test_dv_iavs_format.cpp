@@ -1,6 +1,8 @@
 // The PCM stream that describes the sound of an interleaved DV stream.
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "dv/ze_dv_iavs_audio_format.h"
 
 namespace {
@@ -20,31 +22,22 @@ TEST(DVIavsAudioFormat, PalTwoHundredFiftyFrames) {
     ZeDV::IavsAudioHeader h;
     WAVEFORMATEX w{};
     ASSERT_TRUE(ZeDV::ComputeIavsAudioFormat(video, Audio(1, 0, 0), &h, &w));
-    EXPECT_EQ(h.dwLength, 480000u);
-    EXPECT_EQ(h.dwSuggestedBufferSize, 3840u);
-    EXPECT_EQ(h.dwSampleSize, 2u);
-    EXPECT_EQ(h.dwScale, 1u);
-    EXPECT_EQ(h.dwRate, 48000u);
-    EXPECT_EQ(h.dwInitialFrames, 3u);
-    EXPECT_EQ(w.wFormatTag, 1);
-    EXPECT_EQ(w.nChannels, 1);
-    EXPECT_EQ(w.nBlockAlign, 2);
-    EXPECT_EQ(w.nAvgBytesPerSec, 96000u);
-    EXPECT_EQ(w.wBitsPerSample, 16);
-    EXPECT_EQ(w.cbSize, 0);
-
-    ASSERT_TRUE(ZeDV::ComputeIavsAudioFormat(video, Audio(2, 1, 1), &h, &w));
-    EXPECT_EQ(w.nChannels, 2);
-    EXPECT_EQ(w.nBlockAlign, 4);
-    EXPECT_EQ(w.nAvgBytesPerSec, 192000u);
-    // Channels follow the flags, the block the mode: mode 2 without flags is one channel of 4-byte blocks.
-    ASSERT_TRUE(ZeDV::ComputeIavsAudioFormat(video, Audio(2, 0, 0), &h, &w));
-    EXPECT_EQ(w.nChannels, 1);
-    EXPECT_EQ(w.nBlockAlign, 4);
-    // A single flag with mode 1, as DV camcorders and ffmpeg write it: two channels, 2-byte blocks.
-    ASSERT_TRUE(ZeDV::ComputeIavsAudioFormat(video, Audio(1, 1, 0), &h, &w));
-    EXPECT_EQ(w.nChannels, 2);
-    EXPECT_EQ(w.nBlockAlign, 2);
+    EXPECT_EQ((std::vector<uint64_t>{480000, 3840, 2, 1, 48000, 3, 1, 16, 0}),
+              (std::vector<uint64_t>{h.dwLength, h.dwSuggestedBufferSize, h.dwSampleSize, h.dwScale, h.dwRate,
+                                     h.dwInitialFrames, w.wFormatTag, w.wBitsPerSample, w.cbSize}));
+    // Channels follow the flags, the block the mode: mode 2 without flags is one channel of 4-byte
+    // blocks; a single flag with mode 1, as DV camcorders and ffmpeg write it, two channels of 2 bytes.
+    const struct {
+        uint32_t mode;
+        uint8_t first, second;
+        uint32_t channels, blockAlign, bytesPerSecond;
+    } cases[] = {{1, 0, 0, 1, 2, 96000}, {2, 1, 1, 2, 4, 192000}, {2, 0, 0, 1, 4, 192000}, {1, 1, 0, 2, 2, 96000}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.mode << " " << int(c.first) << int(c.second));
+        ASSERT_TRUE(ZeDV::ComputeIavsAudioFormat(video, Audio(c.mode, c.first, c.second), &h, &w));
+        EXPECT_EQ((std::vector<uint32_t>{c.channels, c.blockAlign, c.bytesPerSecond}),
+                  (std::vector<uint32_t>{w.nChannels, w.nBlockAlign, w.nAvgBytesPerSec}));
+    }
 }
 
 TEST(DVIavsAudioFormat, IntegerFrameRateAndItsZeroGuard) {

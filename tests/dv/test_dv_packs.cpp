@@ -121,15 +121,18 @@ TEST(DVVideoParams, SourceControlGivesAspectDisplayInterlaceCompressionAndStart)
         EXPECT_DOUBLE_EQ(p.aspectRatio, r.aspect) << int(r.s) << "/" << int(r.d);
         EXPECT_EQ(p.displayCode, r.display) << int(r.s) << "/" << int(r.d);
     }
-    EXPECT_EQ(VideoParams(0x00, 0x00, 0).compressionCode, 0u);
-    EXPECT_EQ(VideoParams(0x10, 0x00, 0).compressionCode, 1u);
-    EXPECT_EQ(VideoParams(0x20, 0x00, 0).compressionCode, 2u);
-    EXPECT_EQ(VideoParams(0xF0, 0x00, 0).compressionCode, 2u);
-    EXPECT_EQ(VideoParams(0, 0x00, 0).recordingStartCode, 1u);
-    EXPECT_EQ(VideoParams(0, 0x80, 0).recordingStartCode, 0u);
-    EXPECT_EQ(VideoParams(0, 0, 0x40).interlaceCode, 0u);
-    EXPECT_EQ(VideoParams(0, 0, 0x10).interlaceCode, 1u);
-    EXPECT_EQ(VideoParams(0, 0, 0x50).interlaceCode, 2u);
+    // Compression from PC1, recording start from PC2, interlace from PC3.
+    const struct {
+        uint8_t pc1, pc2, pc3;
+        uint32_t compression, start, interlace;
+    } codes[] = {{0x00, 0x00, 0x40, 0, 1, 0}, {0x10, 0x80, 0x10, 1, 0, 1}, {0x20, 0x00, 0x50, 2, 1, 2},
+                 {0xF0, 0x80, 0x10, 2, 0, 1}};
+    for (const auto& c : codes) {
+        const ZeDVVideoParams p = VideoParams(c.pc1, c.pc2, c.pc3);
+        EXPECT_EQ((std::vector<uint32_t>{c.compression, c.start, c.interlace}),
+                  (std::vector<uint32_t>{p.compressionCode, p.recordingStartCode, p.interlaceCode}))
+            << std::hex << int(c.pc1) << " " << int(c.pc2) << " " << int(c.pc3);
+    }
 }
 
 TEST(DVVideoParams, SystemFlagDateAndMissingPacks) {
@@ -180,15 +183,12 @@ ZeDVAudioParams AudioParams(uint8_t pc2, uint8_t pc4, uint8_t header = 0x50) {
 }
 
 TEST(DVAudioParams, RateBitsModeAndChannelFlags) {
-    ZeDVAudioParams p = AudioParams(0x00, 0x09);
-    EXPECT_EQ(p.sampleRate, 44100u);
-    EXPECT_EQ(p.bitsPerSample, 16u);
-    p = AudioParams(0x00, 0x12);
-    EXPECT_EQ(p.sampleRate, 32000u);
-    EXPECT_EQ(p.bitsPerSample, 20u);
-    p = AudioParams(0x00, 0x00);
-    EXPECT_EQ(p.sampleRate, 48000u);
-    EXPECT_EQ(p.bitsPerSample, 16u);
+    ZeDVAudioParams p;
+    for (const auto& r : {std::vector<uint32_t>{0x09, 44100, 16}, {0x12, 32000, 20}, {0x00, 48000, 16}}) {
+        p = AudioParams(0x00, static_cast<uint8_t>(r[0]));
+        EXPECT_EQ(p.sampleRate, r[1]) << r[0];
+        EXPECT_EQ(p.bitsPerSample, r[2]) << r[0];
+    }
 
     const struct {
         uint8_t pc2;

@@ -16,6 +16,7 @@
 #include "tests/fixtures/ze_avi_writer.h"
 #include "tests/fixtures/ze_ffmpeg_material.h"
 #include "tests/fixtures/ze_temp_file.h"
+#include "tests/support/host_log_capture.h"
 
 namespace {
 
@@ -37,24 +38,12 @@ std::vector<uint8_t> Type1File(const std::vector<std::vector<uint8_t>>& frames, 
     return zetest::BuildAvi(spec).bytes;
 }
 
-// Keeps what the module writes into the host's log.
-struct CapturedLog : public IZEHostLog {
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    HRESULT STDMETHODCALLTYPE Reserved3() override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE Reserved4() override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE Reserved5() override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE Reserved6() override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE Reserved7() override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE Reserved8() override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE WriteLogLine(const char* line, LONG) override {
-        text += line;
-        return S_OK;
-    }
-    CapturedLog() { SetHostLog(this); }
+// Keeps what the module writes into the host's log while it lives.
+struct CapturedLog {
+    CapturedLog() { SetHostLog(&log); }
     ~CapturedLog() { SetHostLog(nullptr); }
-    std::string text;
+    std::string Text() const { return log.Text(); }
+    zetest::HostLogCapture log;
 };
 
 struct OpenedFile {
@@ -85,18 +74,14 @@ TEST(DVParserSteps, Type1FileGetsItsParametersAndASynthesisedPcmStream) {
     ASSERT_EQ(f.parsed, S_OK);
 
     const ZeDVVideoParams& v = f.parser.GetDVVideoParams();
-    EXPECT_EQ(v.sixtyFields, 0u);
     EXPECT_DOUBLE_EQ(v.aspectRatio, 14.0 / 9.0);
-    EXPECT_EQ(v.displayCode, 1u);
-    EXPECT_EQ(v.interlaceCode, 2u);
-    EXPECT_EQ(v.compressionCode, 2u);
-    EXPECT_EQ(v.recordingStartCode, 0u);
     EXPECT_STREQ(v.recordingDateTime, "7.6.2003 21:15:8");
     const ZeDVAudioParams& a = f.parser.GetDVAudioParams();
-    EXPECT_EQ(a.sampleRate, 48000u);
-    EXPECT_EQ(a.bitsPerSample, 16u);
-    EXPECT_EQ(a.audioModeCode, 1u);
-    EXPECT_EQ(a.firstChannel, 1);
+    // Sixty fields, display, interlace, compression, recording start; rate, bits, mode, first channel.
+    EXPECT_EQ((std::vector<uint32_t>{0, 1, 2, 2, 0, 48000, 16, 1, 1}),
+              (std::vector<uint32_t>{v.sixtyFields, v.displayCode, v.interlaceCode, v.compressionCode,
+                                     v.recordingStartCode, a.sampleRate, a.bitsPerSample, a.audioModeCode,
+                                     a.firstChannel}));
 
     const CZeAviStreamHeader* h = f.parser.GetAudioStreamHeader();
     const WAVEFORMATEX* w = f.parser.GetAudioFormat();
@@ -141,8 +126,9 @@ TEST(DVParserSteps, FramesTooSmallForPacksAndRatesBelowOneFrameASecond) {
         OpenedFile f(Type1File(frames, true, 1, 2));
         EXPECT_EQ(f.parsed, S_OK);
         EXPECT_EQ(f.parser.GetAudioFormat(), nullptr);
-        EXPECT_NE(log.text.find("rate 1 / scale 2 is below one frame per second: no audio stream"), std::string::npos)
-            << log.text;
+        EXPECT_NE(log.Text().find("rate 1 / scale 2 is below one frame per second: no audio stream"),
+                  std::string::npos)
+            << log.Text();
         EXPECT_STREQ(f.parser.GetDVVideoParams().recordingDateTime, "7.6.2003 21:15:8");
     }
     {
@@ -198,23 +184,16 @@ TEST(DVParserSteps, TheSecondFrameIsUsedUnlessItIsLargerThanTheFirst) {
     const WAVEFORMATEX* w = later.parser.GetAudioFormat();
     ASSERT_NE(h, nullptr);
     ASSERT_NE(w, nullptr);
-    EXPECT_EQ(h->GetFccType(), 0x73647561u);  // "auds"
-    EXPECT_EQ(h->GetFccHandler() | h->GetFlags() | h->GetPriority() | h->GetLanguage(), 0u);
-    EXPECT_EQ(h->GetInitialFrames(), 1u);
-    EXPECT_EQ(h->GetScale(), 1u);
-    EXPECT_EQ(h->GetRate(), 44100u);
-    EXPECT_EQ(h->GetStart() | h->GetQuality(), 0u);
-    EXPECT_EQ(h->GetLength(), 3u * 44100u / 25u);
-    EXPECT_EQ(h->GetSuggestedBufferSize(), 2u * 44100u / 25u);
-    EXPECT_EQ(h->GetSampleSize(), 2u);
+    EXPECT_EQ((std::vector<uint64_t>{0x73647561 /* auds */, 0, 0, 0, 0, 1, 1, 44100, 0, 3 * 44100 / 25,
+                                     2 * 44100 / 25, 0, 2}),
+              (std::vector<uint64_t>{h->GetFccType(), h->GetFccHandler(), h->GetFlags(), h->GetPriority(),
+                                     h->GetLanguage(), h->GetInitialFrames(), h->GetScale(), h->GetRate(),
+                                     h->GetStart(), h->GetLength(), h->GetSuggestedBufferSize(), h->GetQuality(),
+                                     h->GetSampleSize()}));
     EXPECT_EQ(h->GetFrame().left | h->GetFrame().top | h->GetFrame().right | h->GetFrame().bottom, 0);
-    EXPECT_EQ(w->wFormatTag, 1);
-    EXPECT_EQ(w->nChannels, 2);
-    EXPECT_EQ(w->nSamplesPerSec, 44100u);
-    EXPECT_EQ(w->nAvgBytesPerSec, 88200u);
-    EXPECT_EQ(w->nBlockAlign, 2);
-    EXPECT_EQ(w->wBitsPerSample, 16);
-    EXPECT_EQ(w->cbSize, 0);
+    EXPECT_EQ((std::vector<uint64_t>{1, 2, 44100, 88200, 2, 16, 0}),
+              (std::vector<uint64_t>{w->wFormatTag, w->nChannels, w->nSamplesPerSec, w->nAvgBytesPerSec,
+                                     w->nBlockAlign, w->wBitsPerSample, w->cbSize}));
 
     // Frame N empty: the index has no frame to decode, reported once by the video step.
     SetErrorContext("");
