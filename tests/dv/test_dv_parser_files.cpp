@@ -23,19 +23,19 @@ namespace {
 // A type-1 file of the given frames, 'iavs' stream with the given rate and scale.
 std::vector<uint8_t> Type1File(const std::vector<std::vector<uint8_t>>& frames, bool pal, uint32_t rate = 0,
                                uint32_t scale = 0, uint32_t initialFrames = 0) {
-    zetest::AviSpec spec;
-    spec.initialFrames = initialFrames;
+    zetest::AviSpec plan;
+    plan.initialFrames = initialFrames;
     zetest::StreamSpec s = zetest::IavsStream(pal);
     if (scale != 0 || rate != 0) {
         s.rate = rate;
         s.scale = scale;
     }
-    spec.streams.push_back(s);
-    spec.width = 720;
-    spec.height = pal ? 576 : 480;
-    spec.microSecPerFrame = pal ? 40000 : 33367;
-    for (const std::vector<uint8_t>& f : frames) spec.chunks.push_back(zetest::ChunkSpec{"00__", f});
-    return zetest::BuildAvi(spec).bytes;
+    plan.streams.push_back(s);
+    plan.width = 720;
+    plan.height = pal ? 576 : 480;
+    plan.microSecPerFrame = pal ? 40000 : 33367;
+    for (const std::vector<uint8_t>& f : frames) plan.chunks.push_back(zetest::ChunkSpec{"00__", f});
+    return zetest::BuildAvi(plan).bytes;
 }
 
 // Keeps what the module writes into the host's log while it lives.

@@ -17,12 +17,16 @@ namespace {
 // {A1B2C3D4-0000-4000-8000-00000000B117}
 constexpr CLSID kBuiltinClass = {0xa1b2c3d4, 0x0000, 0x4000, {0x80, 0x00, 0x00, 0x00, 0x00, 0x00, 0xb1, 0x17}};
 
-// A built-in class: the test's own adder, counting how often its class object was asked for.
-class LocalAdder final : public IZeTestAdder {
+// A built-in class: the test's own adder, which is its own class object too.
+class LocalAdder final : public IZeTestAdder, public IClassFactory {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IZeTestAdder)) return E_NOINTERFACE;
-        *object = static_cast<IZeTestAdder*>(this);
+        if (IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IZeTestAdder))
+            *object = static_cast<IZeTestAdder*>(this);
+        else if (IsEqualIID(iid, IID_IClassFactory))
+            *object = static_cast<IClassFactory*>(this);
+        else
+            return E_NOINTERFACE;
         return S_OK;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
@@ -32,30 +36,18 @@ public:
         return S_OK;
     }
     LONG STDMETHODCALLTYPE LiveObjects() override { return -1; }
-};
-
-class LocalFactory final : public IClassFactory {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IClassFactory)) return E_NOINTERFACE;
-        *object = static_cast<IClassFactory*>(this);
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) override {
-        return adder.QueryInterface(iid, object);
+        return IsEqualIID(iid, IID_IClassFactory) ? E_NOINTERFACE : QueryInterface(iid, object);
     }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
-    LocalAdder adder;
 };
 
-LocalFactory g_localFactory;
+LocalAdder g_localAdder;
 int g_localRequests = 0;
 
 HRESULT STDAPICALLTYPE LocalClassObject(REFCLSID, REFIID iid, LPVOID* object) {
     ++g_localRequests;
-    return g_localFactory.QueryInterface(iid, object);
+    return static_cast<IClassFactory&>(g_localAdder).QueryInterface(iid, object);
 }
 
 // Registration must succeed for the activation that follows to mean anything.
