@@ -1,8 +1,9 @@
 // Structured fuzz target with an oracle: the input is read as a recipe for a well-formed AVI file
-// (streams, chunks of any size and odd length, padded or not, idx1 counted from 'movi' or from the
-// file start, or OpenDML indexes over several RIFF parts). The test writer builds it and says
-// where every chunk's data lies; the parser must index exactly those positions and hand out
-// exactly those bytes. Any difference aborts, so libFuzzer keeps the recipe.
+// (streams, chunks of any size and odd length, padded or not, drop frames, idx1 counted from 'movi'
+// or from the file start with entries the reader must skip, or OpenDML indexes over several RIFF
+// parts). The test writer builds it and says where every chunk's data lies; the parser must index
+// exactly those positions and hand out exactly those bytes (for a drop frame: the frame read
+// before). Any difference aborts, so libFuzzer keeps the recipe.
 #include <fuzzer/FuzzedDataProvider.h>
 #include <unistd.h>
 
@@ -77,7 +78,16 @@ AviSpec Recipe(FuzzedDataProvider& in)
         c.flags = in.ConsumeBool() ? kAviKeyFrame : 0;
         c.pad = in.ConsumeBool();
         c.part = static_cast<unsigned>(i * parts / chunks);
+        // A drop frame anywhere but first: the first chunk fixes the base of absolute offsets.
+        c.drop = i > 0 && st.fccType == "vids" && in.ConsumeIntegralInRange(0, 7) == 0;
         spec.chunks.push_back(c);
+    }
+    // idx1 entries the reader skips: stream numbers beyond the streams, index chunks, unknown types.
+    const size_t extra = in.ConsumeIntegralInRange<size_t>(0, 3);
+    for (size_t i = 0; i < extra; ++i) {
+        static const char* const kSkipped[] = {"09dc", "ix00", "00pc", "12wb", "7Fdb"};
+        spec.extraIdx1.push_back({kSkipped[in.ConsumeIntegralInRange<size_t>(0, 4)], kAviKeyFrame,
+                                  in.ConsumeIntegral<uint32_t>(), in.ConsumeIntegralInRange<uint32_t>(0, 4096)});
     }
     if (spec.idx1 == Idx1::Absolute && spec.streams[0].fccType != "vids")
         spec.idx1 = Idx1::FromMovi;
@@ -95,7 +105,8 @@ void CheckIndexes(const CZeAviFileParser& parser, const AviSpec& spec, const Avi
                 continue;
             ZE_ORACLE(next < index.GetCount(), "stream %zu has %zu entries", s, index.GetCount());
             const CZeAviIndexChunk& e = index.At(next++);
-            ZE_ORACLE(e.GetPosition() == layout.dataPos[i], "stream %zu chunk %zu at %llu, written at %llu", s, i,
+            ZE_ORACLE(spec.chunks[i].drop || e.GetPosition() == layout.dataPos[i],
+                      "stream %zu chunk %zu at %llu, written at %llu", s, i,
                       static_cast<unsigned long long>(e.GetPosition()),
                       static_cast<unsigned long long>(layout.dataPos[i]));
             ZE_ORACLE(e.GetSize() == spec.chunks[i].data.size(), "stream %zu chunk %zu size %u", s, i, e.GetSize());
@@ -112,9 +123,15 @@ void CheckFrames(CZeAviFileParser& parser, const AviSpec& spec)
         return;
     std::vector<uint8_t> buffer(parser.GetMaxVideoFrameSize());
     uint64_t n = 0;
-    for (const ChunkSpec& c : spec.chunks) {
-        if (StreamOfChunkId(c.ckid) != static_cast<int>(video))
+    const ChunkSpec* lastStored = nullptr;
+    for (const ChunkSpec& chunk : spec.chunks) {
+        if (StreamOfChunkId(chunk.ckid) != static_cast<int>(video))
             continue;
+        if (!chunk.drop)
+            lastStored = &chunk;
+        if (!lastStored)
+            return;  // a drop frame before any stored one has nothing to repeat
+        const ChunkSpec& c = *lastStored;
         uint64_t frame = n++, bytesRead = 0;
         uint8_t flags = 0;
         int16_t tolerance = 0;
