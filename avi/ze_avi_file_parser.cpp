@@ -119,6 +119,31 @@ HRESULT CZeAviFileParser::ReadU32(uint32_t* value, const char* method) {
     return hr;
 }
 
+HRESULT CZeAviFileParser::OpenChunk(uint64_t position, uint32_t fourcc, const char* method, uint32_t* size,
+                                    CZeAviFormTypes* record, uint32_t* idRead) {
+    HRESULT hr = SeekTo(position);
+    if (FAILED(hr)) return hr;
+    uint32_t id = 0;
+    if (FAILED(hr = ReadU32(&id, method))) return hr;
+    if (!SameFourCC(id, fourcc)) return ReportError(kClass, method, E_AVI_READ);
+    if (record != nullptr) record->SetID(fourcc);
+    if (idRead != nullptr) *idRead = id;
+    if (FAILED(hr = ReadU32(size, method))) return hr;
+    if (*size == 0) return ReportError(kClass, method, E_AVI_READ);
+    return S_OK;
+}
+
+HRESULT CZeAviFileParser::OpenList(uint64_t position, uint32_t listType, const char* method, uint32_t* size,
+                                   CZeAviFormTypes* sizeRecord) {
+    HRESULT hr = OpenChunk(position, kLIST, method, size);
+    if (FAILED(hr)) return hr;
+    if (sizeRecord != nullptr) sizeRecord->SetSize(*size);
+    uint32_t type = 0;
+    if (FAILED(hr = ReadU32(&type, method))) return hr;
+    if (!SameFourCC(type, listType)) return ReportError(kClass, method, E_AVI_READ);
+    return S_OK;
+}
+
 HRESULT CZeAviFileParser::ReadU64(uint64_t* value, const char* method) {
     uint8_t bytes[8];
     const HRESULT hr = ReadExact(bytes, sizeof(bytes), method);
@@ -269,18 +294,9 @@ HRESULT CZeAviFileParser::FindChunk(uint64_t start, const char* chunkId, uint64_
 // ---- Header list -----------------------------------------------------------------------------
 
 HRESULT CZeAviFileParser::ParseHeaderListChunk(uint64_t position) {
-    const char* const method = "ParseHeaderListChunk";
-    HRESULT hr = SeekTo(position);
-    if (FAILED(hr)) return hr;
-    uint32_t id = 0;
     uint32_t size = 0;
-    uint32_t type = 0;
-    if (FAILED(hr = ReadU32(&id, method))) return hr;
-    if (!SameFourCC(id, kLIST)) return ReportError(kClass, method, E_AVI_READ);
-    if (FAILED(hr = ReadU32(&size, method))) return hr;
-    if (size == 0) return ReportError(kClass, method, E_AVI_READ);
-    if (FAILED(hr = ReadU32(&type, method))) return hr;
-    if (!SameFourCC(type, kHdrl)) return ReportError(kClass, method, E_AVI_READ);
+    HRESULT hr = OpenList(position, kHdrl, "ParseHeaderListChunk", &size);
+    if (FAILED(hr)) return hr;
 
     m_aviFile.SetOffset(static_cast<uint32_t>(position + 12));
     m_aviFile.SetSize(size);
@@ -308,15 +324,9 @@ HRESULT CZeAviFileParser::ParseHeaderListChunk(uint64_t position) {
 HRESULT CZeAviFileParser::ParseHeaderChunk(uint64_t position) {
     const char* const method = "ParseHeaderChunk";
     CZeAviHeader& header = m_aviFile.GetHeader();
-    HRESULT hr = SeekTo(position);
-    if (FAILED(hr)) return hr;
-    uint32_t id = 0;
     uint32_t size = 0;
-    if (FAILED(hr = ReadU32(&id, method))) return hr;
-    if (!SameFourCC(id, kAvih)) return ReportError(kClass, method, E_AVI_READ);
-    header.SetID(kAvih);
-    if (FAILED(hr = ReadU32(&size, method))) return hr;
-    if (size == 0) return ReportError(kClass, method, E_AVI_READ);
+    HRESULT hr = OpenChunk(position, kAvih, method, &size, &header);
+    if (FAILED(hr)) return hr;
     header.SetSize(size);
     header.SetOffset(static_cast<uint32_t>(position));
     // The body is always 56 bytes, whatever size the chunk declares.
@@ -329,18 +339,9 @@ HRESULT CZeAviFileParser::ParseHeaderChunk(uint64_t position) {
 HRESULT CZeAviFileParser::ParseStreamListChunk(uint64_t position, uint64_t* next) {
     const char* const method = "ParseStreamListChunk";
     CZeAviStreamList streamList;
-    HRESULT hr = SeekTo(position);
-    if (FAILED(hr)) return hr;
-    uint32_t id = 0;
     uint32_t size = 0;
-    uint32_t type = 0;
-    if (FAILED(hr = ReadU32(&id, method))) return hr;
-    if (!SameFourCC(id, kLIST)) return ReportError(kClass, method, E_AVI_READ);
-    if (FAILED(hr = ReadU32(&size, method))) return hr;
-    if (size == 0) return ReportError(kClass, method, E_AVI_READ);
-    streamList.SetSize(size);
-    if (FAILED(hr = ReadU32(&type, method))) return hr;
-    if (!SameFourCC(type, kStrl)) return ReportError(kClass, method, E_AVI_READ);
+    HRESULT hr = OpenList(position, kStrl, method, &size, &streamList);
+    if (FAILED(hr)) return hr;
     streamList.SetID(kStrl);
     streamList.SetOffset(static_cast<uint32_t>(position + 12));
 
@@ -390,15 +391,9 @@ HRESULT CZeAviFileParser::ParseStreamNameChunk(uint64_t position, CZeAviStreamLi
 HRESULT CZeAviFileParser::ParseStreamHeaderChunk(uint64_t position, CZeAviStreamList& streamList) {
     const char* const method = "ParseStreamHeaderChunk";
     CZeAviStreamHeader header;
-    HRESULT hr = SeekTo(position);
-    if (FAILED(hr)) return hr;
-    uint32_t id = 0;
     uint32_t size = 0;
-    if (FAILED(hr = ReadU32(&id, method))) return hr;
-    if (!SameFourCC(id, kStrh)) return ReportError(kClass, method, E_AVI_READ);
-    header.SetID(kStrh);
-    if (FAILED(hr = ReadU32(&size, method))) return hr;
-    if (size == 0) return ReportError(kClass, method, E_AVI_READ);
+    HRESULT hr = OpenChunk(position, kStrh, method, &size, &header);
+    if (FAILED(hr)) return hr;
     header.SetSize(size);
     header.SetOffset(static_cast<uint32_t>(position));
 
@@ -455,15 +450,9 @@ HRESULT CZeAviFileParser::ParseStreamHeaderChunk(uint64_t position, CZeAviStream
 HRESULT CZeAviFileParser::ParseStreamFormatChunk(uint64_t position, CZeAviStreamList& streamList) {
     const char* const method = "ParseStreamFormatChunk";
     CZeAviStreamFormat format;
-    HRESULT hr = SeekTo(position);
-    if (FAILED(hr)) return hr;
-    uint32_t id = 0;
     uint32_t size = 0;
-    if (FAILED(hr = ReadU32(&id, method))) return hr;
-    if (!SameFourCC(id, kStrf)) return ReportError(kClass, method, E_AVI_READ);
-    format.SetID(kStrf);
-    if (FAILED(hr = ReadU32(&size, method))) return hr;
-    if (size == 0) return ReportError(kClass, method, E_AVI_READ);
+    HRESULT hr = OpenChunk(position, kStrf, method, &size, &format);
+    if (FAILED(hr)) return hr;
     format.SetSize(size);
     format.SetOffset(static_cast<uint32_t>(position + 8));
 

@@ -191,6 +191,15 @@ private:
     HRESULT ReadU32(uint32_t* value, const char* method);
     HRESULT ReadU64(uint64_t* value, const char* method);
     HRESULT SeekTo(uint64_t position);
+    // Opens the chunk at `position`: seeks there, reads its FOURCC (which must be `fourcc`, case
+    // ignored), then its size, which must not be 0. Every mismatch or short read is E_AVI_READ under
+    // `method`. `record`, when given, takes `fourcc` as its ID as soon as the FOURCC matched;
+    // `idRead` receives the FOURCC as the file spells it.
+    HRESULT OpenChunk(uint64_t position, uint32_t fourcc, const char* method, uint32_t* size,
+                      CZeAviFormTypes* record = nullptr, uint32_t* idRead = nullptr);
+    // OpenChunk for a LIST whose list type must be `listType`.
+    HRESULT OpenList(uint64_t position, uint32_t listType, const char* method, uint32_t* size,
+                     CZeAviFormTypes* sizeRecord = nullptr);
     // The file layer's read at the current position; a read of one byte or more that starts past
     // the end of the file fails here with E_FAIL (as the layer's own range check would) before the
     // layer adds offset and count.

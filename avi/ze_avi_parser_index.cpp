@@ -54,16 +54,12 @@ int32_t StreamNumberOf(const uint8_t* ckid) {
 
 HRESULT CZeAviFileParser::ParseStreamIndexChunk(uint64_t position, CZeAviStreamList& streamList) {
     const char* const method = "ParseStreamIndexChunk";
-    HRESULT hr = SeekTo(position);
-    if (FAILED(hr)) return hr;
     uint32_t fcc = 0;
     uint32_t cb = 0;
-    if (FAILED(hr = ReadU32(&fcc, method))) return hr;
-    if (!SameFourCC(fcc, kIndx)) return ReportError(kClass, method, E_AVI_READ);
+    HRESULT hr = OpenChunk(position, kIndx, method, &cb, nullptr, &fcc);
+    if (FAILED(hr)) return hr;
     CZeAviIndexListChunk indexList;
     indexList.SetID(fcc);
-    if (FAILED(hr = ReadU32(&cb, method))) return hr;
-    if (cb == 0) return ReportError(kClass, method, E_AVI_READ);
     indexList.SetSize(cb);
     indexList.SetOffset(static_cast<uint32_t>(position + 8));
 
@@ -237,14 +233,9 @@ HRESULT CZeAviFileParser::FindFirstVideoChunk(uint64_t start, uint64_t* dataPosi
 HRESULT CZeAviFileParser::ParseStreamIdx1Chunk(uint64_t position, uint64_t* moviBase, uint64_t firstVideoData) {
     const char* const method = "ParseStreamIdx1Chunk";
     if (moviBase == nullptr) return ReportError(kClass, method, E_POINTER);
-    HRESULT hr = SeekTo(position);
-    if (FAILED(hr)) return hr;
-    uint32_t id = 0;
     uint32_t size = 0;
-    if (FAILED(hr = ReadU32(&id, method))) return hr;
-    if (!SameFourCC(id, kIdx1)) return ReportError(kClass, method, E_AVI_READ);
-    if (FAILED(hr = ReadU32(&size, method))) return hr;
-    if (size == 0) return ReportError(kClass, method, E_AVI_READ);
+    HRESULT hr = OpenChunk(position, kIdx1, method, &size);
+    if (FAILED(hr)) return hr;
     // Guard: an index reaching past the end of the file could only end in a short read; it is
     // refused as one before it is allocated.
     if (size > BytesFrom(position + 8)) return ReportError(kClass, method, E_AVI_READ);
