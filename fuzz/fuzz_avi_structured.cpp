@@ -32,29 +32,29 @@ namespace {
         }                                                                         \
     } while (0)
 
-AviSpec Recipe(FuzzedDataProvider& in)
+AviModel Recipe(FuzzedDataProvider& in)
 {
-    AviSpec spec;
-    spec.width = 16;
-    spec.height = 16;
+    AviModel model;
+    model.width = 16;
+    model.height = 16;
     const size_t streams = in.ConsumeIntegralInRange<size_t>(1, 3);
     for (size_t s = 0; s < streams; ++s) {
         if (in.ConsumeBool())
-            spec.streams.push_back(VideoStream("MJPG", 16, 16));
+            model.streams.push_back(VideoStream("MJPG", 16, 16));
         else
-            spec.streams.push_back(PcmStream(in.ConsumeIntegralInRange<uint16_t>(1, 2), 8000,
+            model.streams.push_back(PcmStream(in.ConsumeIntegralInRange<uint16_t>(1, 2), 8000,
                                              in.ConsumeBool() ? 16 : 8));
     }
     const int form = in.ConsumeIntegralInRange(0, 2);
-    spec.idx1 = form == 1 ? Idx1::Absolute : Idx1::FromMovi;
+    model.idx1 = form == 1 ? Idx1::Absolute : Idx1::FromMovi;
     const bool openDml = form == 2;
     if (openDml) {
-        for (StreamSpec& s : spec.streams)
+        for (StreamModel& s : model.streams)
             s.superIndex = SuperIndex::Full;
-        spec.entriesPerIx = in.ConsumeIntegralInRange<uint32_t>(0, 5);
-        spec.ixInsideMovi = in.ConsumeBool();
+        model.entriesPerIx = in.ConsumeIntegralInRange<uint32_t>(0, 5);
+        model.ixInsideMovi = in.ConsumeBool();
         if (in.ConsumeBool())
-            spec.idx1 = Idx1::None;
+            model.idx1 = Idx1::None;
     }
     const unsigned parts = openDml ? in.ConsumeIntegralInRange<unsigned>(1, 3) : 1;
     const size_t chunks = in.ConsumeIntegralInRange<size_t>(1, 40);
@@ -63,8 +63,8 @@ AviSpec Recipe(FuzzedDataProvider& in)
         // index would be read on top of the OpenDML ones, and absolute idx1 offsets are only
         // recognised from the first video chunk on.
         const size_t stream = i == 0 ? 0 : in.ConsumeIntegralInRange<size_t>(0, streams - 1);
-        const StreamSpec& st = spec.streams[stream];
-        ChunkSpec c;
+        const StreamModel& st = model.streams[stream];
+        ChunkModel c;
         char id[5];
         std::snprintf(id, sizeof id, "%02u%s", static_cast<unsigned>(stream), st.fccType == "vids" ? "dc" : "wb");
         c.ckid = id;
@@ -80,58 +80,58 @@ AviSpec Recipe(FuzzedDataProvider& in)
         c.part = static_cast<unsigned>(i * parts / chunks);
         // A drop frame anywhere but first: the first chunk fixes the base of absolute offsets.
         c.drop = i > 0 && st.fccType == "vids" && in.ConsumeIntegralInRange(0, 7) == 0;
-        spec.chunks.push_back(c);
+        model.chunks.push_back(c);
     }
     // idx1 entries the reader skips: stream numbers beyond the streams, index chunks, unknown types.
     const size_t extra = in.ConsumeIntegralInRange<size_t>(0, 3);
     for (size_t i = 0; i < extra; ++i) {
         static const char* const kSkipped[] = {"09dc", "ix00", "00pc", "12wb", "7Fdb"};
-        spec.extraIdx1.push_back({kSkipped[in.ConsumeIntegralInRange<size_t>(0, 4)], kAviKeyFrame,
+        model.extraIdx1.push_back({kSkipped[in.ConsumeIntegralInRange<size_t>(0, 4)], kAviKeyFrame,
                                   in.ConsumeIntegral<uint32_t>(), in.ConsumeIntegralInRange<uint32_t>(0, 4096)});
     }
-    if (spec.idx1 == Idx1::Absolute && spec.streams[0].fccType != "vids")
-        spec.idx1 = Idx1::FromMovi;
-    return spec;
+    if (model.idx1 == Idx1::Absolute && model.streams[0].fccType != "vids")
+        model.idx1 = Idx1::FromMovi;
+    return model;
 }
 
-void CheckIndexes(const CZeAviFileParser& parser, const AviSpec& spec, const AviLayout& layout)
+void CheckIndexes(const CZeAviFileParser& parser, const AviModel& model, const AviLayout& layout)
 {
-    ZE_ORACLE(parser.GetStreamCount() == spec.streams.size(), "%zu streams", parser.GetStreamCount());
-    for (size_t s = 0; s < spec.streams.size(); ++s) {
+    ZE_ORACLE(parser.GetStreamCount() == model.streams.size(), "%zu streams", parser.GetStreamCount());
+    for (size_t s = 0; s < model.streams.size(); ++s) {
         const CZeAviIndexListChunk& index = parser.GetStream(static_cast<uint32_t>(s))->GetIndexList();
         size_t next = 0;
-        for (size_t i = 0; i < spec.chunks.size(); ++i) {
-            if (StreamOfChunkId(spec.chunks[i].ckid) != static_cast<int>(s))
+        for (size_t i = 0; i < model.chunks.size(); ++i) {
+            if (StreamOfChunkId(model.chunks[i].ckid) != static_cast<int>(s))
                 continue;
             ZE_ORACLE(next < index.GetCount(), "stream %zu has %zu entries", s, index.GetCount());
             const CZeAviIndexChunk& e = index.At(next++);
-            ZE_ORACLE(spec.chunks[i].drop || e.GetPosition() == layout.dataPos[i],
+            ZE_ORACLE(model.chunks[i].drop || e.GetPosition() == layout.dataPos[i],
                       "stream %zu chunk %zu at %llu, written at %llu", s, i,
                       static_cast<unsigned long long>(e.GetPosition()),
                       static_cast<unsigned long long>(layout.dataPos[i]));
-            ZE_ORACLE(e.GetSize() == spec.chunks[i].data.size(), "stream %zu chunk %zu size %u", s, i, e.GetSize());
-            ZE_ORACLE(e.IsKeyFrame() == ((spec.chunks[i].flags & kAviKeyFrame) != 0), "stream %zu chunk %zu", s, i);
+            ZE_ORACLE(e.GetSize() == model.chunks[i].data.size(), "stream %zu chunk %zu size %u", s, i, e.GetSize());
+            ZE_ORACLE(e.IsKeyFrame() == ((model.chunks[i].flags & kAviKeyFrame) != 0), "stream %zu chunk %zu", s, i);
         }
         ZE_ORACLE(next == index.GetCount(), "stream %zu has %zu entries, %zu written", s, index.GetCount(), next);
     }
 }
 
-void CheckFrames(CZeAviFileParser& parser, const AviSpec& spec)
+void CheckFrames(CZeAviFileParser& parser, const AviModel& model)
 {
     const uint32_t video = parser.GetFirstVideoStreamNumber();
     if (video == CZeAviFileParser::kNoStream)
         return;
     std::vector<uint8_t> buffer(parser.GetMaxVideoFrameSize());
     uint64_t n = 0;
-    const ChunkSpec* lastStored = nullptr;
-    for (const ChunkSpec& chunk : spec.chunks) {
+    const ChunkModel* lastStored = nullptr;
+    for (const ChunkModel& chunk : model.chunks) {
         if (StreamOfChunkId(chunk.ckid) != static_cast<int>(video))
             continue;
         if (!chunk.drop)
             lastStored = &chunk;
         if (!lastStored)
             return;  // a drop frame before any stored one has nothing to repeat
-        const ChunkSpec& c = *lastStored;
+        const ChunkModel& c = *lastStored;
         uint64_t frame = n++, bytesRead = 0;
         uint8_t flags = 0;
         int16_t tolerance = 0;
@@ -144,13 +144,13 @@ void CheckFrames(CZeAviFileParser& parser, const AviSpec& spec)
     }
 }
 
-void CheckAudio(CZeAviFileParser& parser, const AviSpec& spec)
+void CheckAudio(CZeAviFileParser& parser, const AviModel& model)
 {
     const uint32_t audio = parser.GetFirstAudioStreamNumber();
     if (audio == CZeAviFileParser::kNoStream)
         return;
     std::vector<uint8_t> pcm;
-    for (const ChunkSpec& c : spec.chunks)
+    for (const ChunkModel& c : model.chunks)
         if (StreamOfChunkId(c.ckid) == static_cast<int>(audio))
             pcm.insert(pcm.end(), c.data.begin(), c.data.end());
     if (pcm.empty())
@@ -166,8 +166,8 @@ void CheckAudio(CZeAviFileParser& parser, const AviSpec& spec)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     FuzzedDataProvider in(data, size);
-    const AviSpec spec = Recipe(in);
-    const AviLayout layout = BuildAvi(spec);
+    const AviModel model = Recipe(in);
+    const AviLayout layout = BuildAvi(model);
     TempFile file(layout.bytes);
     SetErrorContext("structured fuzz");
     CZeAviFileParser parser;
@@ -175,8 +175,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     ZE_ORACLE(opened == 0, "open %x", static_cast<unsigned>(opened));
     const HRESULT parsed = parser.Parse();
     ZE_ORACLE(parsed == 0, "parse %x", static_cast<unsigned>(parsed));
-    CheckIndexes(parser, spec, layout);
-    CheckFrames(parser, spec);
-    CheckAudio(parser, spec);
+    CheckIndexes(parser, model, layout);
+    CheckFrames(parser, model);
+    CheckAudio(parser, model);
     return 0;
 }

@@ -14,76 +14,76 @@ using namespace zetest;
 
 namespace {
 
-AviSpec TwoStreams(size_t frames)
+AviModel TwoStreams(size_t frames)
 {
-    AviSpec spec;
-    spec.width = 8;
-    spec.height = 6;
-    spec.streams = {VideoStream("DIB ", 8, 6), PcmStream(2, 8000, 16)};
+    AviModel model;
+    model.width = 8;
+    model.height = 6;
+    model.streams = {VideoStream("DIB ", 8, 6), PcmStream(2, 8000, 16)};
     for (size_t i = 0; i < frames; ++i) {
-        ChunkSpec v{"00db", PatternBytes(144, static_cast<uint32_t>(i))};
+        ChunkModel v{"00db", PatternBytes(144, static_cast<uint32_t>(i))};
         v.flags = i % 3 == 0 ? kAviKeyFrame : 0;
         v.part = static_cast<unsigned>(i / 4);
-        spec.chunks.push_back(v);
-        ChunkSpec a{"01wb", PatternBytes(64 + i, static_cast<uint32_t>(i) + 99)};
+        model.chunks.push_back(v);
+        ChunkModel a{"01wb", PatternBytes(64 + i, static_cast<uint32_t>(i) + 99)};
         a.part = v.part;
-        spec.chunks.push_back(a);
+        model.chunks.push_back(a);
     }
-    return spec;
+    return model;
 }
 
-AviSpec LegacyOnly(size_t frames)
+AviModel LegacyOnly(size_t frames)
 {
-    AviSpec spec = TwoStreams(frames);
-    for (ChunkSpec& c : spec.chunks)
+    AviModel model = TwoStreams(frames);
+    for (ChunkModel& c : model.chunks)
         c.part = 0;
-    return spec;
+    return model;
 }
 
 struct Seed {
     const char* name;
-    AviSpec (*make)();
+    AviModel (*make)();
 };
 
 const Seed kSeeds[] = {
     {"idx1_from_movi", [] { return LegacyOnly(6); }},
-    {"idx1_absolute", [] { AviSpec s = LegacyOnly(6); s.idx1 = Idx1::Absolute; return s; }},
+    {"idx1_absolute", [] { AviModel s = LegacyOnly(6); s.idx1 = Idx1::Absolute; return s; }},
     {"odml_parts", [] {
-         AviSpec s = TwoStreams(10);
+         AviModel s = TwoStreams(10);
          s.streams[0].superIndex = s.streams[1].superIndex = SuperIndex::Full;
          s.entriesPerIx = 3;
          return s;
      }},
-    {"odml_empty_indx", [] { AviSpec s = LegacyOnly(4); s.streams[0].superIndex = SuperIndex::Empty; return s; }},
+    {"odml_empty_indx", [] { AviModel s = LegacyOnly(4); s.streams[0].superIndex = SuperIndex::Empty; return s; }},
     {"drop_frames", [] {
-         AviSpec s = LegacyOnly(5);
+         AviModel s = LegacyOnly(5);
          s.chunks[2].drop = s.chunks[6].drop = true;
          return s;
      }},
     {"foreign_stream", [] {
-         AviSpec s = LegacyOnly(3);
+         AviModel s = LegacyOnly(3);
          s.extraIdx1 = {{"05dc", 0x10, 4, 16}, {"ix00", 0, 4, 16}, {"0Adc", 0x10, 4, 144}};
          return s;
      }},
     {"odd_chunks_unpadded", [] {
-         AviSpec s = LegacyOnly(3);
-         for (ChunkSpec& c : s.chunks)
+         AviModel s = LegacyOnly(3);
+         for (ChunkModel& c : s.chunks)
              c.data.resize(c.data.size() | 1), c.pad = false;
          return s;
      }},
     {"compressed_audio", [] {
-         AviSpec s = LegacyOnly(3);
+         AviModel s = LegacyOnly(3);
          s.streams[1] = CompressedAudioStream(0x55, 2, 44100);
          return s;
      }},
     {"iavs", [] {
-         AviSpec s;
+         AviModel s;
          s.streams = {IavsStream(true)};
          for (uint32_t i = 0; i < 2; ++i)
              s.chunks.push_back({"00__", PatternBytes(12000, i)});
          return s;
      }},
-    {"truncated", [] { AviSpec s = LegacyOnly(4); s.truncateAt = 700; return s; }},
+    {"truncated", [] { AviModel s = LegacyOnly(4); s.truncateAt = 700; return s; }},
 };
 
 struct TinyRecipe {

@@ -24,29 +24,29 @@ FrameResult ReadFrame(CZeAviFileParser& parser, uint64_t frame, uint8_t flags = 
     return r;
 }
 
-std::vector<uint8_t> Data(const AviSpec& spec, size_t chunk) { return spec.chunks[chunk].data; }
+std::vector<uint8_t> Data(const AviModel& model, size_t chunk) { return model.chunks[chunk].data; }
 
 std::vector<uint8_t> Prefix(const std::vector<uint8_t>& bytes, uint64_t n) {
     return std::vector<uint8_t>(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(n));
 }
 
 TEST(ParserAccess, FramesComeBackAsStored) {
-    const AviSpec spec = VideoAndPcmSpec(5, 77, 40);
-    ParsedBytes f(BuildAvi(spec).bytes);
+    const AviModel model = VideoAndPcmModel(5, 77, 40);
+    ParsedBytes f(BuildAvi(model).bytes);
     ASSERT_EQ(f.parse, S_OK);
     EXPECT_EQ(f.parser.GetMaxVideoFrameSize(), 77u);
     for (uint64_t i = 0; i < 5; ++i) {
         const FrameResult r = ReadFrame(f.parser, i);
         ASSERT_EQ(r.hr, S_OK);
         EXPECT_EQ(r.bytesRead, 77u);
-        EXPECT_EQ(Prefix(r.bytes, 77), Data(spec, i * 2)) << i;
+        EXPECT_EQ(Prefix(r.bytes, 77), Data(model, i * 2)) << i;
     }
     EXPECT_EQ(CZeAviFileParser::GetLastFrameSize(), 77u);
 }
 
 TEST(ParserAccess, RequestsPastTheEndWithinToleranceGetABlankFrame) {
-    const AviSpec spec = VideoSpec(4, 64);
-    ParsedBytes f(BuildAvi(spec).bytes);
+    const AviModel model = VideoModel(4, 64);
+    ParsedBytes f(BuildAvi(model).bytes);
     ASSERT_EQ(f.parse, S_OK);
     ASSERT_EQ(ReadFrame(f.parser, 3).hr, S_OK);
 
@@ -65,8 +65,8 @@ TEST(ParserAccess, RequestsPastTheEndWithinToleranceGetABlankFrame) {
 // The blank frame's size is shared by every parser of the process; it is never larger than the
 // frames of the file asking, so the caller's buffer holds it.
 TEST(ParserAccess, TheSharedLastFrameSizeNeverOverrunsASmallerFilesBuffer) {
-    const AviSpec big = VideoSpec(2, 5000);
-    const AviSpec small = VideoSpec(2, 16);
+    const AviModel big = VideoModel(2, 5000);
+    const AviModel small = VideoModel(2, 16);
     ParsedBytes a(BuildAvi(big).bytes);
     ParsedBytes b(BuildAvi(small).bytes);
     ASSERT_EQ(a.parse, S_OK);
@@ -83,11 +83,11 @@ TEST(ParserAccess, DropFramesRepeatTheLastFrameRead) {
     for (bool odml : {false, true}) {
         // Frame 0 stays real: an idx1 drop entry (offset 0) ahead of every stored frame would be
         // taken as the first video chunk when the idx1 base is decided.
-        AviSpec spec = VideoSpec(5, 48, odml ? Idx1::None : Idx1::FromMovi);
-        if (odml) spec.streams[0].superIndex = SuperIndex::Full;
-        spec.chunks[1].drop = true;
-        spec.chunks[3].drop = true;
-        ParsedBytes f(BuildAvi(spec).bytes);
+        AviModel model = VideoModel(5, 48, odml ? Idx1::None : Idx1::FromMovi);
+        if (odml) model.streams[0].superIndex = SuperIndex::Full;
+        model.chunks[1].drop = true;
+        model.chunks[3].drop = true;
+        ParsedBytes f(BuildAvi(model).bytes);
         ASSERT_EQ(f.parse, S_OK) << odml;
         ASSERT_EQ(f.parser.GetVideoFrameCount(), 5u);
 
@@ -97,18 +97,18 @@ TEST(ParserAccess, DropFramesRepeatTheLastFrameRead) {
         const FrameResult again = ReadFrame(f.parser, 3);
         ASSERT_EQ(again.hr, S_OK);
         EXPECT_EQ(again.bytesRead, 48u);
-        EXPECT_EQ(Prefix(again.bytes, 48), Data(spec, 2)) << odml;
-        EXPECT_EQ(Prefix(ReadFrame(f.parser, 4).bytes, 48), Data(spec, 4));
-        EXPECT_EQ(Prefix(ReadFrame(f.parser, 1).bytes, 48), Data(spec, 4)) << odml;
-        EXPECT_EQ(Prefix(ReadFrame(f.parser, 0).bytes, 48), Data(spec, 0)) << odml;
+        EXPECT_EQ(Prefix(again.bytes, 48), Data(model, 2)) << odml;
+        EXPECT_EQ(Prefix(ReadFrame(f.parser, 4).bytes, 48), Data(model, 4));
+        EXPECT_EQ(Prefix(ReadFrame(f.parser, 1).bytes, 48), Data(model, 4)) << odml;
+        EXPECT_EQ(Prefix(ReadFrame(f.parser, 0).bytes, 48), Data(model, 0)) << odml;
     }
 }
 
 TEST(ParserAccess, BitSevenSelectsTheSecondVideoStreamWhenThereIsOne) {
-    AviSpec two = VideoSpec(0, 0);
+    AviModel two = VideoModel(0, 0);
     two.streams.push_back(VideoStream("DIB ", 32, 16));
-    const std::vector<ChunkSpec> first = PatternChunks("00dc", 3, 20, 1);
-    const std::vector<ChunkSpec> second = PatternChunks("01dc", 3, 30, 2);
+    const std::vector<ChunkModel> first = PatternChunks("00dc", 3, 20, 1);
+    const std::vector<ChunkModel> second = PatternChunks("01dc", 3, 30, 2);
     for (size_t i = 0; i < 3; ++i) {
         two.chunks.push_back(first[i]);
         two.chunks.push_back(second[i]);
@@ -122,14 +122,14 @@ TEST(ParserAccess, BitSevenSelectsTheSecondVideoStreamWhenThereIsOne) {
     EXPECT_EQ(Prefix(a.bytes, 30), second[1].data);
     EXPECT_EQ(Prefix(ReadFrame(f.parser, 1, 0x7F).bytes, 20), first[1].data);
 
-    const AviSpec one = VideoSpec(3, 20);
+    const AviModel one = VideoModel(3, 20);
     ParsedBytes g(BuildAvi(one).bytes);
     ASSERT_EQ(g.parse, S_OK);
     EXPECT_EQ(Prefix(ReadFrame(g.parser, 1, 0x80).bytes, 20), Data(one, 1));
 }
 
 TEST(ParserAccess, FramesNeedAVideoIndexAndABuffer) {
-    AviSpec audioOnly;
+    AviModel audioOnly;
     audioOnly.streams = {PcmStream(2, 48000, 16)};
     audioOnly.chunks = PatternChunks("00wb", 2, 64);
     ParsedBytes f(BuildAvi(audioOnly).bytes);
@@ -146,9 +146,9 @@ TEST(ParserAccess, FramesNeedAVideoIndexAndABuffer) {
     EXPECT_EQ(ReadFrame(idle, 0).hr, E_AVI_STREAMINDEX);
 }
 
-std::vector<uint8_t> AllPcm(const AviSpec& spec) {
+std::vector<uint8_t> AllPcm(const AviModel& model) {
     std::vector<uint8_t> pcm;
-    for (const ChunkSpec& c : spec.chunks) {
+    for (const ChunkModel& c : model.chunks) {
         if (c.ckid == "01wb") pcm.insert(pcm.end(), c.data.begin(), c.data.end());
     }
     return pcm;
@@ -162,9 +162,9 @@ std::vector<uint8_t> Sample(CZeAviFileParser& parser, uint64_t position, uint64_
 }
 
 TEST(ParserAccess, AudioIsReadBySampleFrameAcrossChunks) {
-    const AviSpec spec = VideoAndPcmSpec(8, 10, 1000);  // 16-bit stereo: 4 bytes a sample frame
-    const std::vector<uint8_t> pcm = AllPcm(spec);
-    ParsedBytes f(BuildAvi(spec).bytes);
+    const AviModel model = VideoAndPcmModel(8, 10, 1000);  // 16-bit stereo: 4 bytes a sample frame
+    const std::vector<uint8_t> pcm = AllPcm(model);
+    ParsedBytes f(BuildAvi(model).bytes);
     ASSERT_EQ(f.parse, S_OK);
     f.parser.PrepareAudioRead();
 
@@ -192,8 +192,8 @@ TEST(ParserAccess, AudioIsReadBySampleFrameAcrossChunks) {
 }
 
 TEST(ParserAccess, AudioPastTheEndIsSilenceWithoutAFailure) {
-    const AviSpec spec = VideoAndPcmSpec(2, 10, 100);
-    ParsedBytes f(BuildAvi(spec).bytes);
+    const AviModel model = VideoAndPcmModel(2, 10, 100);
+    ParsedBytes f(BuildAvi(model).bytes);
     ASSERT_EQ(f.parse, S_OK);
     HRESULT hr = E_FAIL;
     const std::vector<uint8_t> past = Sample(f.parser, 1u << 30, 64, &hr);
@@ -207,7 +207,7 @@ TEST(ParserAccess, AudioPastTheEndIsSilenceWithoutAFailure) {
 }
 
 TEST(ParserAccess, AudioNeedsAnAudioStreamAndEntriesOfFourBytes) {
-    ParsedBytes video(BuildAvi(VideoSpec(2, 10)).bytes);
+    ParsedBytes video(BuildAvi(VideoModel(2, 10)).bytes);
     HRESULT hr = S_OK;
     SetErrorContext("");
     const std::vector<uint8_t> silent = Sample(video.parser, 0, 16, &hr);
@@ -215,7 +215,7 @@ TEST(ParserAccess, AudioNeedsAnAudioStreamAndEntriesOfFourBytes) {
     EXPECT_EQ(CountReports(E_FAIL, "GetSample"), 1);
     EXPECT_TRUE(std::all_of(silent.begin(), silent.end(), [](uint8_t b) { return b == 0; }));
 
-    AviSpec tiny = VideoAndPcmSpec(2, 10, 2);
+    AviModel tiny = VideoAndPcmModel(2, 10, 2);
     ParsedBytes f(BuildAvi(tiny).bytes);
     ASSERT_EQ(f.parse, S_OK);
     Sample(f.parser, 0, 4, &hr);
@@ -223,8 +223,8 @@ TEST(ParserAccess, AudioNeedsAnAudioStreamAndEntriesOfFourBytes) {
 }
 
 TEST(ParserAccess, SingleAudioBlocksHonourTheirSkip) {
-    const AviSpec spec = VideoAndPcmSpec(3, 10, 200);
-    ParsedBytes f(BuildAvi(spec).bytes);
+    const AviModel model = VideoAndPcmModel(3, 10, 200);
+    ParsedBytes f(BuildAvi(model).bytes);
     ASSERT_EQ(f.parse, S_OK);
     EXPECT_EQ(f.parser.GetMaxAudioChunkSize(), 200u);
     std::vector<uint8_t> buffer(200, 0xEE);
@@ -232,7 +232,7 @@ TEST(ParserAccess, SingleAudioBlocksHonourTheirSkip) {
     int32_t skip = 50;
     ASSERT_EQ(f.parser.GetOneAudioBlock(buffer.data(), &block, &skip), 150u);
     EXPECT_EQ(std::vector<uint8_t>(buffer.begin(), buffer.begin() + 150),
-              std::vector<uint8_t>(spec.chunks[3].data.begin() + 50, spec.chunks[3].data.end()));
+              std::vector<uint8_t>(model.chunks[3].data.begin() + 50, model.chunks[3].data.end()));
 
     SetErrorContext("");
     skip = 201;
@@ -245,14 +245,14 @@ TEST(ParserAccess, SingleAudioBlocksHonourTheirSkip) {
     EXPECT_EQ(f.parser.GetOneAudioBlock(buffer.data(), &block, &skip), 0u);
     EXPECT_EQ(CountReports(E_AVI_SEEK, "GetOneAudioBlock"), 1);
 
-    ParsedBytes video(BuildAvi(VideoSpec(2, 10)).bytes);
+    ParsedBytes video(BuildAvi(VideoModel(2, 10)).bytes);
     block = 0;
     EXPECT_EQ(video.parser.GetOneAudioBlock(buffer.data(), &block, &skip), 0u);
     EXPECT_EQ(CountReports(E_FAIL, "GetOneAudioBlock"), 1);
 
     // An entry placed past the end of the file: what remains of it after the whole entry is
     // skipped is nothing, read as nothing without a failure; anything more fails as a read.
-    const AviLayout layout = BuildAvi(spec);
+    const AviLayout layout = BuildAvi(model);
     std::vector<uint8_t> bytes = layout.bytes;
     PatchU32(bytes, layout.idx1Pos + 8 + 16 * 1 + 8, 0x7FFFFF00u);  // entry 1: the first "01wb"
     ParsedBytes far(bytes);
@@ -282,27 +282,27 @@ TEST(ParserAccess, SingleAudioBlocksHonourTheirSkip) {
     block = 2;
     skip = 0;
     EXPECT_EQ(huge.parser.GetOneAudioBlock(chunk.data(), &block, &skip), huge.parser.GetFileSize() - position);
-    EXPECT_EQ(std::vector<uint8_t>(chunk.begin(), chunk.begin() + 200), spec.chunks[5].data);
+    EXPECT_EQ(std::vector<uint8_t>(chunk.begin(), chunk.begin() + 200), model.chunks[5].data);
 }
 
 TEST(ParserAccess, LengthsAreRepairedAgainstTheIndexes) {
     // 25 frames a second, 10 frames: 0.4 s of video.
-    AviSpec spec = VideoAndPcmSpec(10, 10, 1920);  // 10 x 480 sample frames = 0.1 s at 48 kHz
-    spec.streams[0].length = 50;                   // more frames than indexed
-    spec.streams[1].length = 480000;               // claims 10 s of audio
-    ParsedBytes f(BuildAvi(spec).bytes);
+    AviModel model = VideoAndPcmModel(10, 10, 1920);  // 10 x 480 sample frames = 0.1 s at 48 kHz
+    model.streams[0].length = 50;                   // more frames than indexed
+    model.streams[1].length = 480000;               // claims 10 s of audio
+    ParsedBytes f(BuildAvi(model).bytes);
     ASSERT_EQ(f.parse, S_OK);
     EXPECT_EQ(f.parser.GetVideoStreamHeader()->GetLength(), 10u);
     EXPECT_EQ(f.parser.GetAudioStreamHeader()->GetLength(), 4800u);  // recounted from the stored bytes
 
-    spec.streams[1].length = 48000;  // 1 s: within a second of the video, kept as it stands
-    ParsedBytes g(BuildAvi(spec).bytes);
+    model.streams[1].length = 48000;  // 1 s: within a second of the video, kept as it stands
+    ParsedBytes g(BuildAvi(model).bytes);
     ASSERT_EQ(g.parse, S_OK);
     EXPECT_EQ(g.parser.GetAudioStreamHeader()->GetLength(), 48000u);
 
-    spec.streams[1].format = WaveFormat(1, 0, 48000, 16);  // no channels: nothing to divide by
-    spec.streams[1].length = 480000;
-    ParsedBytes h(BuildAvi(spec).bytes);
+    model.streams[1].format = WaveFormat(1, 0, 48000, 16);  // no channels: nothing to divide by
+    model.streams[1].length = 480000;
+    ParsedBytes h(BuildAvi(model).bytes);
     ASSERT_EQ(h.parse, S_OK);
     EXPECT_EQ(h.parser.GetAudioStreamHeader()->GetLength(), 480000u);
 }

@@ -11,15 +11,15 @@ namespace {
 
 // A "dvsd" handler over an uncompressed bitmap format: the rectangle rule applies, the DV set-up
 // (which follows the bitmap's compression) does not.
-AviSpec DvHandlerSpec(uint32_t rate, uint32_t scale) {
-    AviSpec spec = VideoSpec(2, 10);
-    spec.width = 320;
-    spec.height = 240;
-    spec.streams[0].fccHandler = "dvsd";
-    spec.streams[0].rate = rate;
-    spec.streams[0].scale = scale;
-    std::fill(std::begin(spec.streams[0].frame), std::end(spec.streams[0].frame), 0);
-    return spec;
+AviModel DvHandlerModel(uint32_t rate, uint32_t scale) {
+    AviModel model = VideoModel(2, 10);
+    model.width = 320;
+    model.height = 240;
+    model.streams[0].fccHandler = "dvsd";
+    model.streams[0].rate = rate;
+    model.streams[0].scale = scale;
+    std::fill(std::begin(model.streams[0].frame), std::end(model.streams[0].frame), 0);
+    return model;
 }
 
 void ExpectFrame(const CZeAviFileParser& parser, int32_t right, int32_t bottom) {
@@ -32,21 +32,21 @@ void ExpectFrame(const CZeAviFileParser& parser, int32_t right, int32_t bottom) 
 }
 
 TEST(ParserHeader, EmptyDVFramesTakeThePictureSizeOfTheirRate) {
-    ParsedBytes pal(BuildAvi(DvHandlerSpec(25, 1)).bytes);
+    ParsedBytes pal(BuildAvi(DvHandlerModel(25, 1)).bytes);
     ASSERT_EQ(pal.parse, S_OK);
     ExpectFrame(pal.parser, 720, 576);
     EXPECT_EQ(pal.parser.GetMainHeader().GetWidth(), 720u);
     EXPECT_EQ(pal.parser.GetMainHeader().GetHeight(), 576u);
 
-    ParsedBytes ntsc(BuildAvi(DvHandlerSpec(30000, 1001)).bytes);
+    ParsedBytes ntsc(BuildAvi(DvHandlerModel(30000, 1001)).bytes);
     ASSERT_EQ(ntsc.parse, S_OK);
     ExpectFrame(ntsc.parser, 720, 480);
     EXPECT_EQ(ntsc.parser.GetMainHeader().GetHeight(), 480u);
 
     // Below 25 frames a second, or without a scale, the rectangle stays empty and so does nothing
     // else step in.
-    for (const AviSpec& spec : {DvHandlerSpec(24, 1), DvHandlerSpec(25, 0)}) {
-        ParsedBytes slow(BuildAvi(spec).bytes);
+    for (const AviModel& model : {DvHandlerModel(24, 1), DvHandlerModel(25, 0)}) {
+        ParsedBytes slow(BuildAvi(model).bytes);
         ASSERT_EQ(slow.parse, S_OK);
         ExpectFrame(slow.parser, 0, 0);
         EXPECT_EQ(slow.parser.GetMainHeader().GetWidth(), 320u);
@@ -54,29 +54,29 @@ TEST(ParserHeader, EmptyDVFramesTakeThePictureSizeOfTheirRate) {
 }
 
 TEST(ParserHeader, AnInvertedRectangleTakesTheMainHeadersFrame) {
-    AviSpec spec = VideoSpec(2, 10);
-    spec.width = 640;
-    spec.height = 360;
+    AviModel model = VideoModel(2, 10);
+    model.width = 640;
+    model.height = 360;
     const int16_t frame[4] = {100, 5, 100, 50};  // right not beyond left
-    std::copy(std::begin(frame), std::end(frame), spec.streams[0].frame);
-    ParsedBytes f(BuildAvi(spec).bytes);
+    std::copy(std::begin(frame), std::end(frame), model.streams[0].frame);
+    ParsedBytes f(BuildAvi(model).bytes);
     ASSERT_EQ(f.parse, S_OK);
     ExpectFrame(f.parser, 640, 360);
 
     // Edges are 16-bit on disk and widened without sign.
     const int16_t negative[4] = {-2, 0, 10, 10};
-    std::copy(std::begin(negative), std::end(negative), spec.streams[0].frame);
-    ParsedBytes wide(BuildAvi(spec).bytes);
+    std::copy(std::begin(negative), std::end(negative), model.streams[0].frame);
+    ParsedBytes wide(BuildAvi(model).bytes);
     ASSERT_EQ(wide.parse, S_OK);
     ExpectFrame(wide.parser, 640, 360);  // left 65534 is beyond right 10
 }
 
 TEST(ParserHeader, OnlyPcmAudioStreamsAreKept) {
-    AviSpec spec = VideoSpec(0, 0);
-    spec.streams.push_back(CompressedAudioStream(0x55, 2, 44100));
-    spec.streams.push_back(PcmStream(2, 44100, 16));
-    spec.chunks = PatternChunks("00dc", 2, 10);
-    ParsedBytes f(BuildAvi(spec).bytes);
+    AviModel model = VideoModel(0, 0);
+    model.streams.push_back(CompressedAudioStream(0x55, 2, 44100));
+    model.streams.push_back(PcmStream(2, 44100, 16));
+    model.chunks = PatternChunks("00dc", 2, 10);
+    ParsedBytes f(BuildAvi(model).bytes);
     ASSERT_EQ(f.parse, S_OK);
     ASSERT_EQ(f.parser.GetStreamCount(), 2u);
     EXPECT_EQ(f.parser.GetAviFile().GetSkippedStreams(), 1u);
@@ -87,25 +87,25 @@ TEST(ParserHeader, OnlyPcmAudioStreamsAreKept) {
 }
 
 TEST(ParserHeader, StreamsOfUnknownTypeAreLeftOut) {
-    AviSpec spec = VideoSpec(2, 10);
-    StreamSpec text;
+    AviModel model = VideoModel(2, 10);
+    StreamModel text;
     text.fccType = "txts";
     text.format = {1, 2, 3, 4};
-    spec.streams.push_back(text);
-    ParsedBytes f(BuildAvi(spec).bytes);
+    model.streams.push_back(text);
+    ParsedBytes f(BuildAvi(model).bytes);
     ASSERT_EQ(f.parse, S_OK);
     EXPECT_EQ(f.parser.GetStreamCount(), 1u);
     EXPECT_EQ(f.parser.GetAviFile().GetSkippedStreams(), 1u);
 }
 
 TEST(ParserHeader, NamesFormatsAndPositionsAreRecorded) {
-    AviSpec spec = VideoSpec(2, 10);
-    spec.streams[0].name = "Camera";
-    spec.streams[0].format = BitmapInfoFormat(32, 16, 8, "", 512, std::vector<uint8_t>(1024, 0x5A));
-    StreamSpec audio = PcmStream(1, 8000, 8);
+    AviModel model = VideoModel(2, 10);
+    model.streams[0].name = "Camera";
+    model.streams[0].format = BitmapInfoFormat(32, 16, 8, "", 512, std::vector<uint8_t>(1024, 0x5A));
+    StreamModel audio = PcmStream(1, 8000, 8);
     audio.format = WaveFormat(1, 1, 8000, 8, {9, 9, 9, 9});  // cbSize 4 and four extra bytes
-    spec.streams.push_back(audio);
-    const AviLayout layout = BuildAvi(spec);
+    model.streams.push_back(audio);
+    const AviLayout layout = BuildAvi(model);
     ParsedBytes f(layout.bytes);
     ASSERT_EQ(f.parse, S_OK);
 
@@ -133,18 +133,18 @@ TEST(ParserHeader, NamesFormatsAndPositionsAreRecorded) {
 }
 
 TEST(ParserHeader, AStreamCountBeyondTheListsEndsAtTheFilesEnd) {
-    AviSpec spec = VideoSpec(2, 10);
-    spec.streamCount = 0xFFFFFFFFu;
-    ParsedBytes f(BuildAvi(spec).bytes);
+    AviModel model = VideoModel(2, 10);
+    model.streamCount = 0xFFFFFFFFu;
+    ParsedBytes f(BuildAvi(model).bytes);
     EXPECT_EQ(f.parse, E_AVI_READ);
     EXPECT_EQ(f.parser.GetStreamCount(), 1u);  // the one real stream was filed before the walk ran out
 }
 
 TEST(ParserHeader, FormatBlocksLargerThanTheFileAreRefusedUnread) {
     for (const char* type : {"vids", "auds"}) {
-        AviSpec spec = VideoSpec(2, 10);
-        if (std::string(type) == "auds") spec.streams[0] = PcmStream(2, 48000, 16);
-        std::vector<uint8_t> bytes = BuildAvi(spec).bytes;
+        AviModel model = VideoModel(2, 10);
+        if (std::string(type) == "auds") model.streams[0] = PcmStream(2, 48000, 16);
+        std::vector<uint8_t> bytes = BuildAvi(model).bytes;
         const size_t strf = FindText(bytes, "strf");
         ASSERT_NE(strf, std::string::npos);
         PatchU32(bytes, strf + 4, 0xFFFFFF00u);
@@ -156,7 +156,7 @@ TEST(ParserHeader, FormatBlocksLargerThanTheFileAreRefusedUnread) {
 }
 
 TEST(ParserHeader, MissingOrDamagedChunksOfAStreamListAreReadFailures) {
-    std::vector<uint8_t> bytes = BuildAvi(VideoSpec(2, 10)).bytes;
+    std::vector<uint8_t> bytes = BuildAvi(VideoModel(2, 10)).bytes;
     std::vector<uint8_t> noHeader = bytes;
     std::memcpy(&noHeader[FindText(bytes, "strh")], "xxxx", 4);
     ParsedBytes a(noHeader);
@@ -177,7 +177,7 @@ TEST(ParserHeader, MissingOrDamagedChunksOfAStreamListAreReadFailures) {
 }
 
 TEST(ParserHeader, CutOffHeadersFailWithoutCrashing) {
-    const std::vector<uint8_t> bytes = BuildAvi(VideoAndPcmSpec(3, 64, 32)).bytes;
+    const std::vector<uint8_t> bytes = BuildAvi(VideoAndPcmModel(3, 64, 32)).bytes;
     const size_t movi = FindText(bytes, "movi");
     for (size_t cut = 12; cut < movi; cut += 7) {
         std::vector<uint8_t> part(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(cut));

@@ -20,22 +20,22 @@ std::vector<uint64_t> Positions(const CZeAviFileParser& parser, uint32_t stream)
     return out;
 }
 
-std::vector<uint64_t> DataPositions(const AviSpec& spec, const AviLayout& layout, const std::string& type) {
+std::vector<uint64_t> DataPositions(const AviModel& model, const AviLayout& layout, const std::string& type) {
     std::vector<uint64_t> out;
-    for (size_t i = 0; i < spec.chunks.size(); ++i) {
-        if (spec.chunks[i].ckid.substr(2) == type && spec.chunks[i].indexed) out.push_back(layout.dataPos[i]);
+    for (size_t i = 0; i < model.chunks.size(); ++i) {
+        if (model.chunks[i].ckid.substr(2) == type && model.chunks[i].indexed) out.push_back(layout.dataPos[i]);
     }
     return out;
 }
 
 TEST(ParserIndex, Idx1OffsetsFromMoviAndFromTheFileStartGiveTheSamePositions) {
     for (Idx1 kind : {Idx1::FromMovi, Idx1::Absolute}) {
-        const AviSpec spec = VideoAndPcmSpec(6, 101, 64, kind);
-        const AviLayout layout = BuildAvi(spec);
+        const AviModel model = VideoAndPcmModel(6, 101, 64, kind);
+        const AviLayout layout = BuildAvi(model);
         ParsedBytes f(layout.bytes);
         ASSERT_EQ(f.parse, S_OK);
-        EXPECT_EQ(Positions(f.parser, 0), DataPositions(spec, layout, "dc"));
-        EXPECT_EQ(Positions(f.parser, 1), DataPositions(spec, layout, "wb"));
+        EXPECT_EQ(Positions(f.parser, 0), DataPositions(model, layout, "dc"));
+        EXPECT_EQ(Positions(f.parser, 1), DataPositions(model, layout, "wb"));
         const CZeAviIndexListChunk& audio = f.parser.GetStream(1)->GetIndexList();
         const CZeAviIndexListChunk& video = f.parser.GetStream(0)->GetIndexList();
         // Audio entries keep the resolved position in both fields, frames their index offset.
@@ -49,8 +49,8 @@ TEST(ParserIndex, Idx1OffsetsFromMoviAndFromTheFileStartGiveTheSamePositions) {
 }
 
 TEST(ParserIndex, Idx1NamesAreReadLikeAtoiAndTypesSortTheEntries) {
-    AviSpec spec = VideoAndPcmSpec(2, 20, 16);
-    spec.extraIdx1 = {
+    AviModel model = VideoAndPcmModel(2, 20, 16);
+    model.extraIdx1 = {
         {"0Adc", 0, 4, 7},    // stream 0 (the letter ends the number), a frame
         {"ix00", 0, 4, 7},    // an index chunk's name: not a frame, not audio
         {"00XY", 0, 4, 7},    // unknown type
@@ -59,7 +59,7 @@ TEST(ParserIndex, Idx1NamesAreReadLikeAtoiAndTypesSortTheEntries) {
         {"05dc", 0, 4, 13},   // no stream 5 in a file of 2
         {"-1dc", 0, 4, 13},   // negative: no such stream either
     };
-    ParsedBytes f(BuildAvi(spec).bytes);
+    ParsedBytes f(BuildAvi(model).bytes);
     ASSERT_EQ(f.parse, S_OK);
     const CZeAviIndexListChunk& video = f.parser.GetStream(0)->GetIndexList();
     const CZeAviIndexListChunk& audio = f.parser.GetStream(1)->GetIndexList();
@@ -73,7 +73,7 @@ TEST(ParserIndex, Idx1NamesAreReadLikeAtoiAndTypesSortTheEntries) {
 }
 
 TEST(ParserIndex, Idx1IgnoresATrailingPartialEntryAndRejectsAnEmptyOne) {
-    const AviLayout layout = BuildAvi(VideoSpec(3, 10));
+    const AviLayout layout = BuildAvi(VideoModel(3, 10));
     std::vector<uint8_t> bytes = layout.bytes;
     bytes.insert(bytes.end(), {1, 2, 3, 4, 5});
     PatchU32(bytes, layout.idx1Pos + 4, 3 * 16 + 5);
@@ -111,14 +111,14 @@ TEST(ParserIndex, FirstVideoChunkScanFindsWhatAByteByByteScanFinds) {
     const size_t movePositions[] = {0, 65511, 65512, 65513, 65514, 65515, 65516, 131045, 131046, 131047};
     for (size_t junk : movePositions) {
         for (bool decoy : {false, true}) {
-            AviSpec spec = VideoSpec(0, 0, Idx1::Absolute);
+            AviModel model = VideoModel(0, 0, Idx1::Absolute);
             std::vector<uint8_t> filler(junk, 0);
             if (decoy && junk >= 8) std::memcpy(&filler[junk - 6], "00DB", 4);  // a name inside other data
-            ChunkSpec skip{"JUNK", filler};
+            ChunkModel skip{"JUNK", filler};
             skip.indexed = false;
-            spec.chunks.push_back(skip);
-            for (ChunkSpec& c : PatternChunks("00dc", 3, 30)) spec.chunks.push_back(c);
-            const AviLayout layout = BuildAvi(spec);
+            model.chunks.push_back(skip);
+            for (ChunkModel& c : PatternChunks("00dc", 3, 30)) model.chunks.push_back(c);
+            const AviLayout layout = BuildAvi(model);
             const uint64_t found = ScanOneByOne(layout.bytes, layout.moviListPos[0]);
             ASSERT_NE(found, 0u);
             ParsedBytes f(layout.bytes);
@@ -134,12 +134,12 @@ TEST(ParserIndex, FirstVideoChunkScanFindsWhatAByteByByteScanFinds) {
 }
 
 TEST(ParserIndex, FirstVideoChunkBeyondTheScanRangeLeavesTheStartingBase) {
-    AviSpec spec = VideoSpec(0, 0, Idx1::Absolute);
-    ChunkSpec skip{"JUNK", std::vector<uint8_t>(0x400000, 0)};
+    AviModel model = VideoModel(0, 0, Idx1::Absolute);
+    ChunkModel skip{"JUNK", std::vector<uint8_t>(0x400000, 0)};
     skip.indexed = false;
-    spec.chunks.push_back(skip);
-    for (ChunkSpec& c : PatternChunks("00dc", 2, 30)) spec.chunks.push_back(c);
-    const AviLayout layout = BuildAvi(spec);
+    model.chunks.push_back(skip);
+    for (ChunkModel& c : PatternChunks("00dc", 2, 30)) model.chunks.push_back(c);
+    const AviLayout layout = BuildAvi(model);
     ASSERT_EQ(ScanOneByOne(layout.bytes, layout.moviListPos[0]), 0u);
     ParsedBytes f(layout.bytes);
     ASSERT_EQ(f.parse, S_OK);
@@ -147,17 +147,17 @@ TEST(ParserIndex, FirstVideoChunkBeyondTheScanRangeLeavesTheStartingBase) {
     EXPECT_EQ(Positions(f.parser, 0)[0], layout.headerPos[1] + layout.moviListPos[0] + 16);
 }
 
-AviSpec OdmlSpec(size_t frames, uint32_t entriesPerIx) {
-    AviSpec spec = VideoSpec(frames, 40, Idx1::None);
-    spec.streams[0].superIndex = SuperIndex::Full;
-    spec.entriesPerIx = entriesPerIx;
-    for (size_t i = 0; i < frames; ++i) spec.chunks[i].flags = (i % 3 == 0) ? kAviKeyFrame : 0;
-    return spec;
+AviModel OdmlModel(size_t frames, uint32_t entriesPerIx) {
+    AviModel model = VideoModel(frames, 40, Idx1::None);
+    model.streams[0].superIndex = SuperIndex::Full;
+    model.entriesPerIx = entriesPerIx;
+    for (size_t i = 0; i < frames; ++i) model.chunks[i].flags = (i % 3 == 0) ? kAviKeyFrame : 0;
+    return model;
 }
 
 TEST(ParserIndex, StandardIndexEntriesCarryTheKeyFrameBitInTheirSize) {
-    const AviSpec spec = OdmlSpec(9, 4);
-    const AviLayout layout = BuildAvi(spec);
+    const AviModel model = OdmlModel(9, 4);
+    const AviLayout layout = BuildAvi(model);
     ParsedBytes f(layout.bytes);
     ASSERT_EQ(f.parse, S_OK);
     const CZeAviIndexListChunk& index = f.parser.GetStream(0)->GetIndexList();
@@ -173,7 +173,7 @@ TEST(ParserIndex, StandardIndexEntriesCarryTheKeyFrameBitInTheirSize) {
 
     // The bit leaves the size only when the size word exceeds the suggested buffer size; with a
     // suggested size above 0x80000000 it stays in the non-key sizes.
-    AviSpec big = spec;
+    AviModel big = model;
     big.suggestedBufferSize = 0x90000000u;
     ParsedBytes g(BuildAvi(big).bytes);
     ASSERT_EQ(g.parse, S_OK);
@@ -182,7 +182,7 @@ TEST(ParserIndex, StandardIndexEntriesCarryTheKeyFrameBitInTheirSize) {
 }
 
 TEST(ParserIndex, OversizedStandardIndexesFailWithTheStreamIndexCode) {
-    const AviLayout layout = BuildAvi(OdmlSpec(4, 0));
+    const AviLayout layout = BuildAvi(OdmlModel(4, 0));
     for (uint32_t entries : {67108865u, 0x20000001u, 0xFFFFFFFFu}) {
         std::vector<uint8_t> bytes = layout.bytes;
         PatchU32(bytes, layout.ixPos[0][0] + 12, entries);
@@ -207,7 +207,7 @@ TEST(ParserIndex, OversizedStandardIndexesFailWithTheStreamIndexCode) {
 // Super index entries that all name the same standard index would grow the index without end;
 // the index stops at the number of 8-byte entries the file could hold.
 TEST(ParserIndex, RepeatedStandardIndexesStopAtTheFilesCapacity) {
-    const AviLayout layout = BuildAvi(OdmlSpec(400, 1));
+    const AviLayout layout = BuildAvi(OdmlModel(400, 1));
     std::vector<uint8_t> bytes = layout.bytes;
     const uint64_t first = layout.ixPos[0][0];
     const uint32_t entries = static_cast<uint32_t>(bytes.size() / 8 / 50);
@@ -222,13 +222,13 @@ TEST(ParserIndex, RepeatedStandardIndexesStopAtTheFilesCapacity) {
     // whose super indexes name one standard index that fills most of the file would together read
     // more entries than the file has room for.
     for (bool leftOut : {false, true}) {
-        AviSpec two = VideoSpec(0, 0, Idx1::None);
+        AviModel two = VideoModel(0, 0, Idx1::None);
         two.streams = {leftOut ? CompressedAudioStream(0x55, 2, 48000) : VideoStream("DIB ", 32, 16),
                        VideoStream("DIB ", 32, 16)};
         two.streams[0].superIndex = SuperIndex::Full;
         two.streams[1].superIndex = SuperIndex::Full;
         two.chunks = PatternChunks(leftOut ? "00wb" : "00dc", 200, 40, 3);
-        const std::vector<ChunkSpec> second = PatternChunks("01dc", 200, 40, 7);
+        const std::vector<ChunkModel> second = PatternChunks("01dc", 200, 40, 7);
         two.chunks.insert(two.chunks.end(), second.begin(), second.end());
         const AviLayout shared = BuildAvi(two);
         bytes = shared.bytes;
@@ -256,7 +256,7 @@ TEST(ParserIndex, RepeatedStandardIndexesStopAtTheFilesCapacity) {
 
 // A super index entry pointing near the top of the 64-bit range reads nothing from anywhere.
 TEST(ParserIndex, StandardIndexPositionsPastTheFileFailAsReads) {
-    const AviLayout layout = BuildAvi(OdmlSpec(4, 0));
+    const AviLayout layout = BuildAvi(OdmlModel(4, 0));
     const uint64_t positions[] = {0xFFFFFFFFFFFFFFFEull, 0x7FFFFFFF00000000ull, layout.bytes.size() + 1};
     for (uint64_t position : positions) {
         std::vector<uint8_t> bytes = layout.bytes;
@@ -268,40 +268,40 @@ TEST(ParserIndex, StandardIndexPositionsPastTheFileFailAsReads) {
 }
 
 TEST(ParserIndex, AnEmptySuperIndexOnThePrincipalStreamFallsBackToIdx1) {
-    AviSpec spec = VideoAndPcmSpec(4, 30, 16);
-    spec.streams[0].superIndex = SuperIndex::Empty;
-    const AviLayout layout = BuildAvi(spec);
+    AviModel model = VideoAndPcmModel(4, 30, 16);
+    model.streams[0].superIndex = SuperIndex::Empty;
+    const AviLayout layout = BuildAvi(model);
     ParsedBytes f(layout.bytes);
     ASSERT_EQ(f.parse, S_OK);
-    EXPECT_EQ(Positions(f.parser, 0), DataPositions(spec, layout, "dc"));
+    EXPECT_EQ(Positions(f.parser, 0), DataPositions(model, layout, "dc"));
     EXPECT_EQ(f.parser.GetStream(1)->GetIndexList().GetCount(), 4u);
 }
 
 TEST(ParserIndex, ASuperIndexOnThePrincipalStreamKeepsIdx1Unread) {
-    AviSpec spec = VideoAndPcmSpec(4, 30, 16);
-    spec.streams[0].superIndex = SuperIndex::Full;
-    ParsedBytes f(BuildAvi(spec).bytes);
+    AviModel model = VideoAndPcmModel(4, 30, 16);
+    model.streams[0].superIndex = SuperIndex::Full;
+    ParsedBytes f(BuildAvi(model).bytes);
     ASSERT_EQ(f.parse, S_OK);
     EXPECT_EQ(f.parser.GetVideoFrameCount(), 4u);
     EXPECT_EQ(f.parser.GetStream(1)->GetIndexList().GetCount(), 0u);  // the audio had only idx1
 }
 
 TEST(ParserIndex, SuperIndexesSpanSeveralRiffParts) {
-    AviSpec spec = OdmlSpec(10, 3);
-    spec.streams.push_back(PcmStream(1, 8000, 16));
-    spec.streams[1].superIndex = SuperIndex::Full;
+    AviModel model = OdmlModel(10, 3);
+    model.streams.push_back(PcmStream(1, 8000, 16));
+    model.streams[1].superIndex = SuperIndex::Full;
     for (size_t i = 0; i < 10; ++i) {
-        spec.chunks[i].part = i < 5 ? 0 : 1;
-        ChunkSpec pcm{"01wb", PatternBytes(50, static_cast<uint32_t>(i))};
-        pcm.part = spec.chunks[i].part;
-        spec.chunks.push_back(pcm);
+        model.chunks[i].part = i < 5 ? 0 : 1;
+        ChunkModel pcm{"01wb", PatternBytes(50, static_cast<uint32_t>(i))};
+        pcm.part = model.chunks[i].part;
+        model.chunks.push_back(pcm);
     }
-    spec.ixInsideMovi = false;
-    const AviLayout layout = BuildAvi(spec);
+    model.ixInsideMovi = false;
+    const AviLayout layout = BuildAvi(model);
     ParsedBytes f(layout.bytes);
     ASSERT_EQ(f.parse, S_OK);
-    EXPECT_EQ(Positions(f.parser, 0), DataPositions(spec, layout, "dc"));
-    EXPECT_EQ(Positions(f.parser, 1), DataPositions(spec, layout, "wb"));
+    EXPECT_EQ(Positions(f.parser, 0), DataPositions(model, layout, "dc"));
+    EXPECT_EQ(Positions(f.parser, 1), DataPositions(model, layout, "wb"));
 }
 
 }  // namespace

@@ -72,7 +72,7 @@ TEST(ParserOpen, MissingFileFailsToOpen) {
 }
 
 TEST(ParserOpen, AParsedFileAnswersTheQuickCheckForAnyPath) {
-    ParsedBytes f(BuildAvi(VideoSpec(3, 100)).bytes);
+    ParsedBytes f(BuildAvi(VideoModel(3, 100)).bytes);
     ASSERT_EQ(f.parse, S_OK);
     EXPECT_TRUE(f.parser.IsParsed());
     EXPECT_EQ(f.parser.Parse("/nonexistent/dir/clip.avi"), S_OK);
@@ -81,13 +81,13 @@ TEST(ParserOpen, AParsedFileAnswersTheQuickCheckForAnyPath) {
 }
 
 TEST(ParserOpen, OpeningTheOpenPathKeepsTheParseAndAnotherPathResets) {
-    ParsedBytes f(BuildAvi(VideoSpec(3, 100)).bytes);
+    ParsedBytes f(BuildAvi(VideoModel(3, 100)).bytes);
     ASSERT_EQ(f.parse, S_OK);
     EXPECT_EQ(f.parser.OpenAVIFile(f.file.c_str()), S_OK);
     EXPECT_TRUE(f.parser.IsParsed());
     EXPECT_EQ(f.parser.GetVideoFrameCount(), 3u);
 
-    TempFile other(BuildAvi(VideoSpec(5, 10)).bytes);
+    TempFile other(BuildAvi(VideoModel(5, 10)).bytes);
     EXPECT_EQ(f.parser.OpenAVIFile(other.c_str()), S_OK);
     EXPECT_FALSE(f.parser.IsParsed());
     EXPECT_EQ(f.parser.GetStreamCount(), 0u);
@@ -101,11 +101,11 @@ TEST(ParserOpen, OpeningTheOpenPathKeepsTheParseAndAnotherPathResets) {
 }
 
 TEST(ParserOpen, FullParseChecksTheSignature) {
-    AviSpec spec = VideoSpec(2, 10);
-    spec.formType = "AVIX";
-    EXPECT_EQ(ParsedBytes(BuildAvi(spec).bytes).parse, S_OK);
-    spec.formType = "WAVE";
-    ParsedBytes wave(BuildAvi(spec).bytes);
+    AviModel model = VideoModel(2, 10);
+    model.formType = "AVIX";
+    EXPECT_EQ(ParsedBytes(BuildAvi(model).bytes).parse, S_OK);
+    model.formType = "WAVE";
+    ParsedBytes wave(BuildAvi(model).bytes);
     EXPECT_EQ(wave.parse, E_AVI_NOVALIDFILE);
     EXPECT_EQ(CountReports(E_AVI_NOVALIDFILE, "Parse"), 1);
 }
@@ -124,12 +124,12 @@ TEST(ParserOpen, WithoutAHeaderListTheWalkRunsOffTheEnd) {
 // Chunk walks step by size + 8 without rounding odd sizes up: a padded odd chunk before the
 // header list puts the walk one byte early, an unpadded one is walked correctly.
 TEST(ParserOpen, OddChunksAreWalkedWithoutPadding) {
-    AviSpec spec = VideoSpec(2, 10);
-    spec.beforeHeader = {ChunkSpec{"JUNK", {1, 2, 3}}};
-    spec.beforeHeader[0].pad = true;
-    EXPECT_LT(ParsedBytes(BuildAvi(spec).bytes).parse, 0);
-    spec.beforeHeader[0].pad = false;
-    ParsedBytes unpadded(BuildAvi(spec).bytes);
+    AviModel model = VideoModel(2, 10);
+    model.beforeHeader = {ChunkModel{"JUNK", {1, 2, 3}}};
+    model.beforeHeader[0].pad = true;
+    EXPECT_LT(ParsedBytes(BuildAvi(model).bytes).parse, 0);
+    model.beforeHeader[0].pad = false;
+    ParsedBytes unpadded(BuildAvi(model).bytes);
     EXPECT_EQ(unpadded.parse, S_OK);
     EXPECT_EQ(unpadded.parser.GetVideoFrameCount(), 2u);
 }
@@ -140,19 +140,19 @@ TEST(ParserOpen, ValidityNeedsAParseAndAStream) {
     EXPECT_EQ(idle.IsValidAVIFile(), E_AVI_PARSE);
     EXPECT_EQ(CountReports(E_AVI_PARSE, "IsValidAVIFile"), 1);
 
-    AviSpec none = VideoSpec(0, 0);
+    AviModel none = VideoModel(0, 0);
     none.streams.clear();
     ParsedBytes empty(BuildAvi(none).bytes);
     ASSERT_EQ(empty.parse, S_OK);
     EXPECT_EQ(empty.parser.GetStreamCount(), 0u);
     EXPECT_EQ(empty.parser.IsValidAVIFile(), E_AVI_NOVALIDFILE);
 
-    ParsedBytes good(BuildAvi(VideoSpec(2, 10)).bytes);
+    ParsedBytes good(BuildAvi(VideoModel(2, 10)).bytes);
     EXPECT_EQ(good.parser.IsValidAVIFile(), S_OK);
 }
 
 TEST(ParserOpen, ReadAndSeekWrappersReportTheirFailures) {
-    ParsedBytes f(BuildAvi(VideoSpec(1, 10)).bytes);
+    ParsedBytes f(BuildAvi(VideoModel(1, 10)).bytes);
     SetErrorContext("");
     uint64_t count = 4;
     uint64_t got = 99;

@@ -63,27 +63,27 @@ inline size_t FindText(const std::vector<uint8_t>& bytes, const char* text, size
 }
 
 // A raw video stream of `count` chunks "00dc" of `size` bytes each.
-inline AviSpec VideoSpec(size_t count, size_t size, Idx1 idx1 = Idx1::FromMovi) {
-    AviSpec spec;
-    spec.width = 32;
-    spec.height = 16;
-    spec.streams = {VideoStream("DIB ", 32, 16)};
-    spec.chunks = PatternChunks("00dc", count, size);
-    spec.idx1 = idx1;
-    return spec;
+inline AviModel VideoModel(size_t count, size_t size, Idx1 idx1 = Idx1::FromMovi) {
+    AviModel model;
+    model.width = 32;
+    model.height = 16;
+    model.streams = {VideoStream("DIB ", 32, 16)};
+    model.chunks = PatternChunks("00dc", count, size);
+    model.idx1 = idx1;
+    return model;
 }
 
 // Video of `frames` chunks followed, chunk for chunk, by 16-bit stereo PCM chunks of `pcmBytes`.
-inline AviSpec VideoAndPcmSpec(size_t frames, size_t frameSize, size_t pcmBytes, Idx1 idx1 = Idx1::FromMovi) {
-    AviSpec spec = VideoSpec(0, 0, idx1);
-    spec.streams.push_back(PcmStream(2, 48000, 16));
-    const std::vector<ChunkSpec> video = PatternChunks("00dc", frames, frameSize, 1);
-    const std::vector<ChunkSpec> audio = PatternChunks("01wb", frames, pcmBytes, 2);
+inline AviModel VideoAndPcmModel(size_t frames, size_t frameSize, size_t pcmBytes, Idx1 idx1 = Idx1::FromMovi) {
+    AviModel model = VideoModel(0, 0, idx1);
+    model.streams.push_back(PcmStream(2, 48000, 16));
+    const std::vector<ChunkModel> video = PatternChunks("00dc", frames, frameSize, 1);
+    const std::vector<ChunkModel> audio = PatternChunks("01wb", frames, pcmBytes, 2);
     for (size_t i = 0; i < frames; ++i) {
-        spec.chunks.push_back(video[i]);
-        spec.chunks.push_back(audio[i]);
+        model.chunks.push_back(video[i]);
+        model.chunks.push_back(audio[i]);
     }
-    return spec;
+    return model;
 }
 
 }  // namespace zetest

@@ -57,15 +57,15 @@ protected:
     // The frames as one 'iavs' stream of "00__" chunks, the way capture programs write type 1.
     std::vector<uint8_t> Interleaved() const
     {
-        AviSpec spec;
-        spec.microSecPerFrame = GetParam().pal ? 40000 : 33367;
-        spec.width = 720;
-        spec.height = GetParam().pal ? 576 : 480;
-        spec.streams = {IavsStream(GetParam().pal)};
-        spec.idx1 = Idx1::FromMovi;
+        AviModel model;
+        model.microSecPerFrame = GetParam().pal ? 40000 : 33367;
+        model.width = 720;
+        model.height = GetParam().pal ? 576 : 480;
+        model.streams = {IavsStream(GetParam().pal)};
+        model.idx1 = Idx1::FromMovi;
         for (const std::vector<uint8_t>& frame : frames)
-            spec.chunks.push_back({"00__", frame});
-        return BuildAvi(spec).bytes;
+            model.chunks.push_back({"00__", frame});
+        return BuildAvi(model).bytes;
     }
 
     std::string path;

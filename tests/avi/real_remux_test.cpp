@@ -40,19 +40,19 @@ protected:
         if (path.empty())
             GTEST_SKIP() << whyNot;
         const std::vector<uint8_t> file = ReadWholeFile(path);
-        spec.width = 320;
-        spec.height = 240;
-        spec.streams = {VideoStream("MJPG", 320, 240), PcmStream(2, 44100, 16)};
-        spec.idx1 = GetParam().idx1;
-        spec.ixInsideMovi = GetParam().ixInsideMovi;
-        spec.entriesPerIx = 5;
+        model.width = 320;
+        model.height = 240;
+        model.streams = {VideoStream("MJPG", 320, 240), PcmStream(2, 44100, 16)};
+        model.idx1 = GetParam().idx1;
+        model.ixInsideMovi = GetParam().ixInsideMovi;
+        model.entriesPerIx = 5;
         if (GetParam().openDml)
-            spec.streams[0].superIndex = spec.streams[1].superIndex = SuperIndex::Full;
+            model.streams[0].superIndex = model.streams[1].superIndex = SuperIndex::Full;
         // Packets in file order, whichever stream they belong to, spread over three parts.
-        std::vector<std::pair<int64_t, ChunkSpec>> ordered;
+        std::vector<std::pair<int64_t, ChunkModel>> ordered;
         for (const ProbeStream& s : ProbeFile(path)) {
             for (const ProbePacket& p : s.packets) {
-                ChunkSpec c;
+                ChunkModel c;
                 c.ckid = s.codecType == "video" ? "00dc" : "01wb";
                 c.data.assign(file.begin() + p.pos, file.begin() + p.pos + p.size);
                 c.flags = p.key ? kAviKeyFrame : 0;
@@ -64,12 +64,12 @@ protected:
         std::sort(ordered.begin(), ordered.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
         for (size_t i = 0; i < ordered.size(); ++i) {
             ordered[i].second.part = GetParam().openDml ? static_cast<unsigned>(i * 3 / ordered.size()) : 0;
-            spec.chunks.push_back(ordered[i].second);
+            model.chunks.push_back(ordered[i].second);
         }
-        layout = BuildAvi(spec);
+        layout = BuildAvi(model);
     }
 
-    AviSpec spec;
+    AviModel model;
     AviLayout layout;
     std::vector<uint8_t> pcm;
 };
@@ -82,14 +82,14 @@ TEST_P(RealRemux, IndexPointsWhereTheWriterPutEachChunk)
     for (uint32_t stream : {0u, 1u}) {
         const std::vector<IndexRow> rows = f.Index(stream);
         size_t next = 0;
-        for (size_t i = 0; i < spec.chunks.size(); ++i) {
-            if (StreamOfChunkId(spec.chunks[i].ckid) != static_cast<int>(stream))
+        for (size_t i = 0; i < model.chunks.size(); ++i) {
+            if (StreamOfChunkId(model.chunks[i].ckid) != static_cast<int>(stream))
                 continue;
             ASSERT_LT(next, rows.size()) << "stream " << stream << " has too few entries";
             EXPECT_EQ(rows[next].position, layout.dataPos[i]) << "stream " << stream << " entry " << next;
-            EXPECT_EQ(rows[next].size, spec.chunks[i].data.size());
+            EXPECT_EQ(rows[next].size, model.chunks[i].data.size());
             if (stream == 0) {
-                EXPECT_EQ(rows[next].flags & kAviKeyFrame, spec.chunks[i].flags & kAviKeyFrame);
+                EXPECT_EQ(rows[next].flags & kAviKeyFrame, model.chunks[i].flags & kAviKeyFrame);
             }
             ++next;
         }
@@ -104,7 +104,7 @@ TEST_P(RealRemux, FramesAndPcmAreTheOriginalBytes)
     ASSERT_TRUE(f.Ok());
     std::vector<uint8_t> buffer(f.parser.GetMaxVideoFrameSize());
     uint64_t frame = 0;
-    for (const ChunkSpec& c : spec.chunks) {
+    for (const ChunkModel& c : model.chunks) {
         if (c.ckid != "00dc")
             continue;
         uint64_t asked = frame++, bytesRead = 0;
@@ -125,18 +125,18 @@ TEST_P(RealRemux, FramesAndPcmAreTheOriginalBytes)
 // reading it gives the last frame actually read again, bytes and size.
 TEST_P(RealRemux, DropFramesRepeatTheFrameReadBefore)
 {
-    AviSpec dropped = spec;
+    AviModel dropped = model;
     size_t frame = 0;
-    for (ChunkSpec& c : dropped.chunks)
+    for (ChunkModel& c : dropped.chunks)
         if (c.ckid == "00dc" && frame++ % 5 == 4)
             c.drop = true;
     TempFile avi(BuildAvi(dropped).bytes);
     ParsedFile f(avi.Path());
     ASSERT_TRUE(f.Ok());
     std::vector<uint8_t> buffer(f.parser.GetMaxVideoFrameSize());
-    const ChunkSpec* lastStored = nullptr;
+    const ChunkModel* lastStored = nullptr;
     uint64_t asked = 0;
-    for (const ChunkSpec& c : dropped.chunks) {
+    for (const ChunkModel& c : dropped.chunks) {
         if (c.ckid != "00dc")
             continue;
         if (!c.drop)

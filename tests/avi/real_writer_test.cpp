@@ -34,39 +34,39 @@ TEST_P(WriterAgainstFfprobe, EveryChunkIsWhereTheWriterSays)
     if (RunCommand("command -v ffprobe >/dev/null 2>&1") != 0)
         GTEST_SKIP() << "ffprobe is not on PATH (scripts/install-deps installs it)";
     const WriterForm& form = GetParam();
-    AviSpec spec;
-    spec.width = 16;
-    spec.height = 8;
-    spec.streams = {VideoStream("DIB ", 16, 8), PcmStream(1, 8000, 8)};
-    spec.idx1 = form.idx1;
-    spec.entriesPerIx = 4;
+    AviModel model;
+    model.width = 16;
+    model.height = 8;
+    model.streams = {VideoStream("DIB ", 16, 8), PcmStream(1, 8000, 8)};
+    model.idx1 = form.idx1;
+    model.entriesPerIx = 4;
     if (form.openDml)
-        spec.streams[0].superIndex = spec.streams[1].superIndex = SuperIndex::Full;
+        model.streams[0].superIndex = model.streams[1].superIndex = SuperIndex::Full;
     const size_t frames = 12;
     for (size_t i = 0; i < frames; ++i) {
         const unsigned part = static_cast<unsigned>(i * form.parts / frames);
-        ChunkSpec video{"00db", PatternBytes(384, static_cast<uint32_t>(i))};
+        ChunkModel video{"00db", PatternBytes(384, static_cast<uint32_t>(i))};
         video.part = part;
         video.flags = i % 4 == 0 ? kAviKeyFrame : 0;
-        ChunkSpec audio{"01wb", PatternBytes(101 + i, static_cast<uint32_t>(i + 50))};  // odd sizes, padded
+        ChunkModel audio{"01wb", PatternBytes(101 + i, static_cast<uint32_t>(i + 50))};  // odd sizes, padded
         audio.part = part;
-        spec.chunks.push_back(video);
-        spec.chunks.push_back(audio);
+        model.chunks.push_back(video);
+        model.chunks.push_back(audio);
     }
-    const AviLayout layout = BuildAvi(spec);
+    const AviLayout layout = BuildAvi(model);
     ASSERT_EQ(layout.moviListPos.size(), form.parts);
     TempFile avi(layout.bytes);
     const std::vector<ProbeStream> probe = ProbeFile(avi.Path());
     ASSERT_EQ(probe.size(), 2u);
     for (int stream = 0; stream < 2; ++stream) {
         size_t next = 0;
-        for (size_t i = 0; i < spec.chunks.size(); ++i) {
-            if (StreamOfChunkId(spec.chunks[i].ckid) != stream)
+        for (size_t i = 0; i < model.chunks.size(); ++i) {
+            if (StreamOfChunkId(model.chunks[i].ckid) != stream)
                 continue;
             ASSERT_LT(next, probe[stream].packets.size()) << "ffprobe misses chunks of stream " << stream;
             const ProbePacket& p = probe[stream].packets[next++];
             EXPECT_EQ(static_cast<uint64_t>(p.pos), layout.dataPos[i]) << "chunk " << i;
-            EXPECT_EQ(p.size, spec.chunks[i].data.size()) << "chunk " << i;
+            EXPECT_EQ(p.size, model.chunks[i].data.size()) << "chunk " << i;
         }
         EXPECT_EQ(next, probe[stream].packets.size());
     }

@@ -23,9 +23,9 @@ namespace {
 // A type-1 file of the given frames, 'iavs' stream with the given rate and scale.
 std::vector<uint8_t> Type1File(const std::vector<std::vector<uint8_t>>& frames, bool pal, uint32_t rate = 0,
                                uint32_t scale = 0, uint32_t initialFrames = 0) {
-    zetest::AviSpec plan;
+    zetest::AviModel plan;
     plan.initialFrames = initialFrames;
-    zetest::StreamSpec s = zetest::IavsStream(pal);
+    zetest::StreamModel s = zetest::IavsStream(pal);
     if (scale != 0 || rate != 0) {
         s.rate = rate;
         s.scale = scale;
@@ -34,7 +34,7 @@ std::vector<uint8_t> Type1File(const std::vector<std::vector<uint8_t>>& frames, 
     plan.width = 720;
     plan.height = pal ? 576 : 480;
     plan.microSecPerFrame = pal ? 40000 : 33367;
-    for (const std::vector<uint8_t>& f : frames) plan.chunks.push_back(zetest::ChunkSpec{"00__", f});
+    for (const std::vector<uint8_t>& f : frames) plan.chunks.push_back(zetest::ChunkModel{"00__", f});
     return zetest::BuildAvi(plan).bytes;
 }
 

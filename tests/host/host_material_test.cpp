@@ -189,12 +189,12 @@ TEST(HostInterleavedDv, AudioFromTheFramesEqualsFfmpeg) {
     const std::vector<uint8_t> frames = zetest::ReadWholeFile(dv);
     ASSERT_EQ(0u, frames.size() % kPalFrame);
 
-    zetest::AviSpec avi;
+    zetest::AviModel avi;
     avi.streams.push_back(zetest::IavsStream(true));
     avi.width = 720;
     avi.height = 576;
     for (size_t at = 0; at < frames.size(); at += kPalFrame)
-        avi.chunks.push_back(zetest::ChunkSpec{"00__", {frames.begin() + static_cast<long>(at),
+        avi.chunks.push_back(zetest::ChunkModel{"00__", {frames.begin() + static_cast<long>(at),
                                                         frames.begin() + static_cast<long>(at + kPalFrame)}});
     zetest::TempFile file(zetest::BuildAvi(avi).bytes);
 

@@ -22,7 +22,7 @@ protected:
         file = std::make_unique<zetest::TempFile>(layout.bytes);
         ASSERT_EQ(S_OK, audio->InitAudioReader(file->c_str(), 0, 0, nullptr));
     }
-    static zetest::AviSpec WithScale(zetest::AviSpec plan, uint32_t scale) {
+    static zetest::AviModel WithScale(zetest::AviModel plan, uint32_t scale) {
         plan.streams[1].scale = scale;
         return plan;
     }
@@ -113,7 +113,7 @@ TEST_F(AudioReader, OpenFailuresLeaveTheObjectUsable) {
                       E_AVI_NOVALIDFILE, "CZeAviFileParser::Parse"));
     EXPECT_TRUE(Fails(audio->InitAudioReader("/no/such/file.avi", 0, 0, nullptr),
                       E_AVI_OPEN, "CZeAviFileParser::OpenAVIFile"));
-    zetest::AviSpec plan = VideoAvi({});
+    zetest::AviModel plan = VideoAvi({});
     plan.streams.push_back(zetest::PcmStream(2, 44100, 16));
     plan.chunks.push_back({"01wb", std::vector<uint8_t>(400, 1)});
     plan.truncateAt = 300;

@@ -18,7 +18,7 @@ const std::string kCheck = "CZEAviReader::IZEClientServerExchange2::Check";
 
 class Exchange : public ReaderTest {
 protected:
-    void Open(const zetest::AviSpec& plan) {
+    void Open(const zetest::AviModel& plan) {
         layout = zetest::BuildAvi(plan);
         file = std::make_unique<zetest::TempFile>(layout.bytes);
         ASSERT_EQ(S_OK, exchange->Set(ZE_XP_FILE_PATH, 0, 0, ZE_XT_TEXT, static_cast<DWORD>(file->Path().size() + 1),
@@ -67,7 +67,7 @@ TEST_F(Exchange, NothingOpenYet) {
 TEST_F(Exchange, HeadersFormatsAndNames) {
     VideoFile plan;
     plan.audio = true;
-    zetest::AviSpec avi = VideoAvi(plan);
+    zetest::AviModel avi = VideoAvi(plan);
     avi.streams[1].name = "commentary";
     Open(avi);
 

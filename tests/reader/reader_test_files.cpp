@@ -2,8 +2,8 @@
 
 namespace readertest {
 
-zetest::AviSpec VideoAvi(const VideoFile& file) {
-    zetest::AviSpec plan;
+zetest::AviModel VideoAvi(const VideoFile& file) {
+    zetest::AviModel plan;
     plan.width = static_cast<uint32_t>(file.width);
     plan.height = static_cast<uint32_t>(file.height);
     plan.streams.push_back(zetest::VideoStream(file.handler, file.width, file.height, file.rate, file.scale));
@@ -37,8 +37,8 @@ void PutPack(std::vector<uint8_t>& frame, size_t offset, uint8_t header, uint8_t
 
 size_t PackSearchOffset(size_t i) { return 5 * (i + i / 15) + 243; }
 
-zetest::AviSpec DvAvi(const std::vector<std::vector<uint8_t>>& frames, size_t audioChunkBytes) {
-    zetest::AviSpec plan;
+zetest::AviModel DvAvi(const std::vector<std::vector<uint8_t>>& frames, size_t audioChunkBytes) {
+    zetest::AviModel plan;
     plan.width = 720;
     plan.height = 576;
     plan.streams.push_back(zetest::VideoStream("dvsd", 720, 576, 25, 1));
@@ -48,7 +48,7 @@ zetest::AviSpec DvAvi(const std::vector<std::vector<uint8_t>>& frames, size_t au
     }
     const auto sound = zetest::PatternChunks("01wb", frames.size(), audioChunkBytes ? audioChunkBytes : 4, 3);
     for (size_t i = 0; i < frames.size(); ++i) {
-        zetest::ChunkSpec chunk;
+        zetest::ChunkModel chunk;
         chunk.ckid = "00dc";
         chunk.data = frames[i];
         plan.chunks.push_back(chunk);

@@ -22,7 +22,7 @@ struct VideoFile {
     bool audio = false;               // adds 16-bit stereo PCM at 44100 Hz, one chunk per frame
     size_t audioChunkBytes = 1764;
 };
-zetest::AviSpec VideoAvi(const VideoFile& file);
+zetest::AviModel VideoAvi(const VideoFile& file);
 
 // PAL DV frames (144000 bytes) with packs put where the pack search looks first.
 constexpr size_t kDvFrameBytes = 144000;
@@ -35,6 +35,6 @@ size_t PackSearchOffset(size_t i);
 
 // A 'dvsd' AVI of the given frames with, when audioChunkBytes is not 0, a 48 kHz stereo PCM stream of
 // one chunk per frame.
-zetest::AviSpec DvAvi(const std::vector<std::vector<uint8_t>>& frames, size_t audioChunkBytes);
+zetest::AviModel DvAvi(const std::vector<std::vector<uint8_t>>& frames, size_t audioChunkBytes);
 
 }  // namespace readertest

@@ -19,7 +19,7 @@ protected:
                              file.c_str(), 0, nullptr);
     }
     // The record after GetStreamInfo on a record filled with 0xCD first.
-    HRESULT Describe(const zetest::AviSpec& plan, ZeStreamInfo* info) {
+    HRESULT Describe(const zetest::AviModel& plan, ZeStreamInfo* info) {
         zetest::TempFile file(zetest::BuildAvi(plan).bytes);
         EXPECT_EQ(S_OK, Open(file));
         std::memset(info, 0xCD, sizeof(*info));
@@ -174,7 +174,7 @@ TEST_F(StreamInfo, Failures) {
     EXPECT_TRUE(Fails(video->GetStreamInfo(&info), E_AVI_PARSE, "CZEAviReader::GetStreamInfo"));
 
     // Audio only: the call fails and leaves only the first three fields written.
-    zetest::AviSpec plan;
+    zetest::AviModel plan;
     plan.streams.push_back(zetest::PcmStream(2, 32000, 16));
     plan.chunks = zetest::PatternChunks("00wb", 4, 512);
     ASSERT_EQ(E_POINTER, Describe(plan, &info));
