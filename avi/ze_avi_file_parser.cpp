@@ -2,6 +2,7 @@
 // of the header list. Index building and sample access live in their own files.
 #include "avi/ze_avi_file_parser.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -308,6 +309,9 @@ HRESULT CZeAviFileParser::ParseHeaderListChunk(uint64_t position) {
 
     const uint32_t streams = m_aviFile.GetHeader().GetStreams();
     if (streams == 0) return S_OK;
+    // Room for the streams up front (and one synthesised DV sound stream), so that filing a stream
+    // never copies the indexes of the ones before it; a damaged count reserves no more than 64.
+    m_aviFile.GetStreams().reserve(std::min<uint32_t>(streams, 63) + 1);
     uint64_t running = position + 12;
     for (uint32_t i = 0; i < streams; ++i) {
         uint64_t found = 0;
@@ -360,7 +364,7 @@ HRESULT CZeAviFileParser::ParseStreamListChunk(uint64_t position, uint64_t* next
     hr = ParseStreamFormatChunk(found, streamList);
     if (FAILED(hr)) return hr;
     if (hr == S_OK) {
-        CZeAviHeaderList(m_aviFile).AddStream(streamList);
+        CZeAviHeaderList(m_aviFile).AddStream(std::move(streamList));
     } else {
         m_aviFile.NoteSkippedStream();
     }

@@ -13,6 +13,8 @@ public:
     // audio stream the first audio number. A list of any other format type is not added; the file
     // only counts one more skipped stream. Returns 0 when added, 1 when left out.
     HRESULT AddStream(const CZeAviStreamList& streamList);
+    // The same for a stream list the caller no longer needs: its index moves instead of being copied.
+    HRESULT AddStream(CZeAviStreamList&& streamList);
 
 private:
     CZeAviFile& m_file;

@@ -85,7 +85,7 @@ HRESULT CZeAviFileParser::ParseStreamIndexChunk(uint64_t position, CZeAviStreamL
         entry.SetCb(size);
         if (FAILED(hr = FillSuperIndex(indexList, entry, entries))) return hr;
     }
-    streamList.SetIndexList(indexList);
+    streamList.SetIndexList(std::move(indexList));
     return S_OK;
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "avi/ze_avi_form_types.h"
 #include "avi/ze_avi_index_list_chunk.h"
@@ -44,6 +45,7 @@ public:
     CZeAviIndexListChunk& GetIndexList() { return m_index; }
     const CZeAviIndexListChunk& GetIndexList() const { return m_index; }
     void SetIndexList(const CZeAviIndexListChunk& index) { m_index = index; }
+    void SetIndexList(CZeAviIndexListChunk&& index) { m_index = std::move(index); }
 
     uint32_t GetStreamNumber() const { return dwStreamNumber; }
     void SetStreamNumber(uint32_t value) { dwStreamNumber = value; }

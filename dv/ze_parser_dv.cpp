@@ -157,7 +157,7 @@ HRESULT CZeAviFileParser::CreateIavsAudioStreams() {
     } catch (const std::bad_alloc&) {
         return ReportError(kClass, "CreateIavsAudioStreams", E_OUTOFMEMORY);
     }
-    CZeAviHeaderList(m_aviFile).AddStream(list);
+    CZeAviHeaderList(m_aviFile).AddStream(std::move(list));
     return S_OK;
 }
 
