@@ -1,6 +1,7 @@
 // CZeAviFileParser: building the per-stream flat indexes from OpenDML 'indx'/'ix##' chunks or
 // from the legacy 'idx1' chunk.
 #include <algorithm>
+#include <cstring>
 #include <new>
 
 #include "avi/ze_avi_base_index.h"
@@ -219,11 +220,18 @@ HRESULT CZeAviFileParser::FindFirstVideoChunk(uint64_t start, uint64_t* dataPosi
         const uint64_t unseekable = position | 0xFFFFFFFFull;  // first position >= this one that cannot be sought
         const bool stopsAtSeek = unseekable > position && unseekable <= last;
         if (stopsAtSeek) last = unseekable - 1;
-        for (uint64_t p = position; p <= last; ++p) {
-            if (IsVideoChunkName(&window[static_cast<size_t>(p - position)])) {
-                *dataPosition = p + 8;
+        // Every name starts with '0': jump from one '0' to the next instead of testing each byte.
+        const uint8_t* const base = window.data();
+        const uint8_t* cursor = base;
+        const uint8_t* const end = base + static_cast<size_t>(last - position) + 1;
+        while (cursor < end) {
+            cursor = static_cast<const uint8_t*>(std::memchr(cursor, '0', static_cast<size_t>(end - cursor)));
+            if (cursor == nullptr) break;
+            if (IsVideoChunkName(cursor)) {
+                *dataPosition = position + static_cast<uint64_t>(cursor - base) + 8;
                 return S_OK;
             }
+            ++cursor;
         }
         position = last + 1;  // the next window starts at the first position not yet tested
     }
