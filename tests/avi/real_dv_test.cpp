@@ -4,15 +4,8 @@
 // PCM that ffmpeg took out of the same frames into the type-2 file.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstring>
-
 #include "tests/avi/real_parsed_file.h"
 #include "tests/fixtures/ze_avi_formats.h"
-#include "tests/fixtures/ze_avi_writer.h"
-#include "tests/fixtures/ze_ffmpeg_material.h"
-#include "tests/fixtures/ze_ffprobe_packets.h"
-#include "tests/fixtures/ze_temp_file.h"
 
 namespace zetest {
 namespace {
@@ -36,108 +29,67 @@ protected:
     void SetUp() override
     {
         std::string whyNot;
-        path = MaterialPath(GetParam().material, &whyNot);
-        if (path.empty())
+        if (!m.Load(GetParam().material, &whyNot))
             GTEST_SKIP() << whyNot;
-        const std::vector<ProbeStream> probe = ProbeFile(path);
-        const std::vector<uint8_t> file = ReadWholeFile(path);
-        for (const ProbeStream& s : probe) {
-            for (const ProbePacket& p : s.packets) {
-                std::vector<uint8_t> bytes(file.begin() + p.pos, file.begin() + p.pos + p.size);
-                if (s.codecType == "video")
-                    frames.push_back(bytes);
-                else if (s.codecType == "audio")
-                    pcm.insert(pcm.end(), bytes.begin(), bytes.end());
-            }
-        }
+        frames = m.Packets(*m.FirstOfType("video"));
+        pcm = m.Joined("audio");
         ASSERT_GT(frames.size(), 20u);
         ASSERT_FALSE(pcm.empty());
     }
 
-    // The frames as one 'iavs' stream of "00__" chunks, the way capture programs write type 1.
-    std::vector<uint8_t> Interleaved() const
+    void ExpectVideoParams(const CZeAviFileParser& parser) const
     {
-        AviModel model;
-        model.microSecPerFrame = GetParam().pal ? 40000 : 33367;
-        model.width = 720;
-        model.height = GetParam().pal ? 576 : 480;
-        model.streams = {IavsStream(GetParam().pal)};
-        model.idx1 = Idx1::FromMovi;
-        for (const std::vector<uint8_t>& frame : frames)
-            model.chunks.push_back({"00__", frame});
-        return BuildAvi(model).bytes;
+        const DvCase& c = GetParam();
+        ASSERT_TRUE(parser.IsDV());
+        const ZeDVVideoParams& v = parser.GetDVVideoParams();
+        EXPECT_EQ(v.sixtyFields, c.sixtyFields);
+        EXPECT_DOUBLE_EQ(v.aspectRatio, c.aspect);
+        EXPECT_STREQ(v.recordingDateTime, c.recorded);
     }
 
-    std::string path;
+    Material m;
     std::vector<std::vector<uint8_t>> frames;
     std::vector<uint8_t> pcm;
 };
 
-void ExpectVideoParams(const CZeAviFileParser& parser, const DvCase& c)
-{
-    ASSERT_TRUE(parser.IsDV());
-    const ZeDVVideoParams& v = parser.GetDVVideoParams();
-    EXPECT_EQ(v.sixtyFields, c.sixtyFields);
-    EXPECT_DOUBLE_EQ(v.aspectRatio, c.aspect);
-    EXPECT_STREQ(v.recordingDateTime, c.recorded);
-}
-
 TEST_P(RealDv, TypeTwoFileGivesTheFramesParameters)
 {
-    ParsedFile f(path);
+    ParsedFile f(m.path);
     ASSERT_TRUE(f.Ok());
     EXPECT_FALSE(f.parser.IsInterleavedDV());
-    ExpectVideoParams(f.parser, GetParam());
+    ExpectVideoParams(f.parser);
 }
 
-// Only offsets counted from 'movi': the base of absolute idx1 offsets is detected from a "00db" or
+// The frames as one 'iavs' stream of "00__" chunks, the way capture programs write type 1. Only
+// offsets counted from 'movi': the base of absolute idx1 offsets is detected from a "00db" or
 // "00dc" chunk, which an interleaved file does not have.
-TEST_P(RealDv, InterleavedFileServesTheSameFrames)
+TEST_P(RealDv, InterleavedFileServesTheSameFramesAndThePcmFfmpegTookFromThem)
 {
-    {
-        TempFile avi(Interleaved());
-        ParsedFile f(avi.Path());
-        ASSERT_TRUE(f.Ok()) << std::hex << f.parseResult;
-        EXPECT_TRUE(f.parser.IsInterleavedDV());
-        ExpectVideoParams(f.parser, GetParam());
-        ASSERT_EQ(f.parser.GetVideoFrameCount(), frames.size());
-        std::vector<uint8_t> buffer(f.parser.GetMaxVideoFrameSize());
-        for (uint64_t i = 0; i < frames.size(); ++i) {
-            uint64_t frame = i, bytesRead = 0;
-            uint8_t flags = 0;
-            int16_t tolerance = 0;
-            ASSERT_EQ(f.parser.GetFrame(buffer.data(), &frame, &bytesRead, &flags, &tolerance), 0);
-            ASSERT_EQ(bytesRead, frames[i].size());
-            ASSERT_TRUE(std::equal(frames[i].begin(), frames[i].end(), buffer.begin())) << "frame " << i;
-        }
-    }
-}
-
-TEST_P(RealDv, InterleavedFileAudioIsThePcmFfmpegTookFromTheFrames)
-{
-    TempFile avi(Interleaved());
+    AviModel model;
+    model.microSecPerFrame = GetParam().pal ? 40000 : 33367;
+    model.width = 720;
+    model.height = GetParam().pal ? 576 : 480;
+    model.streams = {IavsStream(GetParam().pal)};
+    model.idx1 = Idx1::FromMovi;
+    for (const std::vector<uint8_t>& frame : frames)
+        model.chunks.push_back({"00__", frame});
+    TempFile avi(BuildAvi(model).bytes);
     ParsedFile f(avi.Path());
-    ASSERT_TRUE(f.Ok());
+    ASSERT_TRUE(f.Ok()) << std::hex << f.parseResult;
+    EXPECT_TRUE(f.parser.IsInterleavedDV());
+    ExpectVideoParams(f.parser);
+    ASSERT_EQ(f.parser.GetVideoFrameCount(), frames.size());
+    ExpectFrames(f, frames);
+
     const WAVEFORMATEX* wave = f.parser.GetAudioFormat();
     ASSERT_NE(wave, nullptr) << "no audio stream made for the interleaved stream";
     EXPECT_EQ(wave->wFormatTag, 1);
     ASSERT_EQ(wave->nChannels, 2);
     EXPECT_EQ(wave->nSamplesPerSec, 48000u);
     ASSERT_EQ(wave->wBitsPerSample, 16);
-    // A sample frame is one sample of each channel, whatever the block alignment says.
-    const uint64_t frameBytes = 4;
-
-    // Read in pieces that do not fit DV frames, sequentially, as the audio reader does.
-    const uint64_t total = pcm.size() / frameBytes;
-    const uint64_t step = 1111;
-    std::vector<uint8_t> got;
-    for (uint64_t pos = 0; pos < total; pos += step) {
-        uint64_t position = pos;
-        uint64_t count = std::min(step, total - pos) * frameBytes;
-        std::vector<uint8_t> buffer(count, 0xEE);
-        ASSERT_EQ(f.parser.GetSample(&position, buffer.data(), &count), 0) << "at sample frame " << pos;
-        got.insert(got.end(), buffer.begin(), buffer.end());
-    }
+    // A sample frame is one sample of each channel, whatever the block alignment says. Read in
+    // pieces that do not fit DV frames, sequentially, as the audio reader does.
+    const std::vector<uint8_t> got = f.PcmInSteps(pcm.size() / 4, 4, 1111);
     ASSERT_EQ(got.size(), pcm.size());
     size_t firstDiff = std::mismatch(got.begin(), got.end(), pcm.begin()).first - got.begin();
     EXPECT_EQ(firstDiff, got.size()) << "first differing byte of the PCM stream";
