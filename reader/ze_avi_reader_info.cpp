@@ -71,7 +71,20 @@ HRESULT CZEAviReader::GetStreamInfoLocked(ZeStreamInfo* info) {
     info->streamKinds = source.FirstAudio() ? 8 : 1;
 
     const CZeAviStreamList* video = source.FirstVideo();
-    const BITMAPINFOHEADER* format = source.VideoFormat();
+    const BITMAPINFOHEADER* bitmap = source.VideoFormat();
+    // An interleaved DV stream carries a DV format block, not a bitmap header: its picture is
+    // described by the stream's frame rectangle (sized from the DV system when the file left it
+    // empty), so that type-1 DV files describe themselves like type-2 ones.
+    BITMAPINFOHEADER dvBitmap{};
+    if (!bitmap && video && video->GetFormat().GetDVInfo()) {
+        const ze_avi_rect& frame = video->GetHeader().GetFrame();
+        dvBitmap.biSize = sizeof(BITMAPINFOHEADER);
+        dvBitmap.biWidth = frame.right - frame.left;
+        dvBitmap.biHeight = frame.bottom - frame.top;
+        dvBitmap.biCompression = video->GetHeader().GetFccHandler();
+        bitmap = &dvBitmap;
+    }
+    const BITMAPINFOHEADER* format = bitmap;
     // A file without video answers E_POINTER: the host treats the record as unusable.
     if (!video || !format) return Report("GetStreamInfo", E_POINTER);
     const CZeAviStreamHeader& header = video->GetHeader();

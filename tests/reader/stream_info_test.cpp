@@ -149,6 +149,22 @@ TEST_F(StreamInfo, DvAspectFromTheFrame) {
     EXPECT_EQ(2u, info.frameCount);
 }
 
+TEST_F(StreamInfo, InterleavedDvDescribesItsPictureFromTheStreamRectangle) {
+    // A type-1 file has no bitmap header; its empty rectangle is sized from the 25 fps DV system.
+    zetest::AviModel plan;
+    plan.streams.push_back(zetest::IavsStream(true));
+    plan.width = 0;
+    plan.height = 0;
+    for (uint8_t k = 0; k < 3; ++k) plan.chunks.push_back(zetest::ChunkModel{"00__", DvFrame(k)});
+    ZeStreamInfo info;
+    ASSERT_EQ(S_OK, Describe(plan, &info));
+    EXPECT_EQ(720, info.width);
+    EXPECT_EQ(576, info.height);
+    EXPECT_DOUBLE_EQ(25.0, info.frameRate);
+    EXPECT_EQ(3u, info.frameCount);
+    EXPECT_EQ(0u, info.formatFlags);
+}
+
 TEST_F(StreamInfo, RateScaleAndCompressionFlags) {
     VideoFile avc;
     avc.handler = "H264";
