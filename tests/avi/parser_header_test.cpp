@@ -71,31 +71,25 @@ TEST(ParserHeader, AnInvertedRectangleTakesTheMainHeadersFrame) {
     ExpectFrame(wide.parser, 640, 360);  // left 65534 is beyond right 10
 }
 
-TEST(ParserHeader, OnlyPcmAudioStreamsAreKept) {
+// Compressed audio and streams of an unknown type are left out; the PCM stream after them is
+// numbered as the second kept stream.
+TEST(ParserHeader, OnlyVideoAndPcmAudioStreamsAreKept) {
     AviModel model = VideoModel(0, 0);
     model.streams.push_back(CompressedAudioStream(0x55, 2, 44100));
+    StreamModel text;
+    text.fccType = "txts";
+    text.format = {1, 2, 3, 4};
+    model.streams.push_back(text);
     model.streams.push_back(PcmStream(2, 44100, 16));
     model.chunks = PatternChunks("00dc", 2, 10);
     ParsedBytes f(BuildAvi(model).bytes);
     ASSERT_EQ(f.parse, S_OK);
     ASSERT_EQ(f.parser.GetStreamCount(), 2u);
-    EXPECT_EQ(f.parser.GetAviFile().GetSkippedStreams(), 1u);
+    EXPECT_EQ(f.parser.GetAviFile().GetSkippedStreams(), 2u);
     EXPECT_EQ(f.parser.GetFirstAudioStreamNumber(), 1u);
     EXPECT_EQ(f.parser.GetAviFile().GetAudioStreams(), std::vector<uint32_t>{1});
     ASSERT_NE(f.parser.GetAudioFormat(), nullptr);
     EXPECT_EQ(f.parser.GetAudioFormat()->wFormatTag, 1);
-}
-
-TEST(ParserHeader, StreamsOfUnknownTypeAreLeftOut) {
-    AviModel model = VideoModel(2, 10);
-    StreamModel text;
-    text.fccType = "txts";
-    text.format = {1, 2, 3, 4};
-    model.streams.push_back(text);
-    ParsedBytes f(BuildAvi(model).bytes);
-    ASSERT_EQ(f.parse, S_OK);
-    EXPECT_EQ(f.parser.GetStreamCount(), 1u);
-    EXPECT_EQ(f.parser.GetAviFile().GetSkippedStreams(), 1u);
 }
 
 TEST(ParserHeader, NamesFormatsAndPositionsAreRecorded) {
@@ -155,25 +149,29 @@ TEST(ParserHeader, FormatBlocksLargerThanTheFileAreRefusedUnread) {
     }
 }
 
-TEST(ParserHeader, MissingOrDamagedChunksOfAStreamListAreReadFailures) {
-    std::vector<uint8_t> bytes = BuildAvi(VideoModel(2, 10)).bytes;
-    std::vector<uint8_t> noHeader = bytes;
-    std::memcpy(&noHeader[FindText(bytes, "strh")], "xxxx", 4);
-    ParsedBytes a(noHeader);
-    EXPECT_EQ(a.parse, E_AVI_READ);
-    EXPECT_EQ(CountReports(E_AVI_READ, "ParseStreamHeaderChunk"), 1);
-
-    std::vector<uint8_t> emptyFormat = bytes;
-    PatchU32(emptyFormat, FindText(bytes, "strf") + 4, 0);
-    ParsedBytes b(emptyFormat);
-    EXPECT_EQ(b.parse, E_AVI_READ);
-    EXPECT_EQ(CountReports(E_AVI_READ, "ParseStreamFormatChunk"), 1);
-
-    std::vector<uint8_t> emptyMain = bytes;
-    PatchU32(emptyMain, FindText(bytes, "avih") + 4, 0);
-    ParsedBytes c(emptyMain);
-    EXPECT_EQ(c.parse, E_AVI_READ);
-    EXPECT_EQ(CountReports(E_AVI_READ, "ParseHeaderChunk"), 1);
+// A stream header renamed away, or a format or main header of size 0, each reported by its reader.
+TEST(ParserHeader, MissingOrEmptyHeaderChunksAreReadFailures) {
+    const std::vector<uint8_t> bytes = BuildAvi(VideoModel(2, 10)).bytes;
+    struct Case {
+        const char* chunk;
+        bool rename;  // else the size becomes 0
+        const char* method;
+    };
+    const Case cases[] = {{"strh", true, "ParseStreamHeaderChunk"},
+                          {"strf", false, "ParseStreamFormatChunk"},
+                          {"avih", false, "ParseHeaderChunk"}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.chunk);
+        std::vector<uint8_t> damaged = bytes;
+        const size_t at = FindText(bytes, c.chunk);
+        if (c.rename)
+            std::memcpy(&damaged[at], "xxxx", 4);
+        else
+            PatchU32(damaged, at + 4, 0);
+        ParsedBytes f(damaged);
+        EXPECT_EQ(f.parse, E_AVI_READ);
+        EXPECT_EQ(CountReports(E_AVI_READ, c.method), 1);
+    }
 }
 
 TEST(ParserHeader, CutOffHeadersFailWithoutCrashing) {
