@@ -181,26 +181,27 @@ TEST(ParserIndex, StandardIndexEntriesCarryTheKeyFrameBitInTheirSize) {
     EXPECT_EQ(g.parser.GetStream(0)->GetIndexList().At(0).GetSize(), 40u);
 }
 
-TEST(ParserIndex, OversizedStandardIndexesFailWithTheStreamIndexCode) {
+// Entry counts beyond the bound fail with the stream index code; within the bound but beyond the
+// file, a short read of the array, found before anything is allocated, whether the array misses
+// the end by one entry or by hundreds of megabytes.
+TEST(ParserIndex, OversizedStandardIndexesFailBeforeTheyAreRead) {
     const AviLayout layout = BuildAvi(OdmlModel(4, 0));
-    for (uint32_t entries : {67108865u, 0x20000001u, 0xFFFFFFFFu}) {
-        std::vector<uint8_t> bytes = layout.bytes;
-        PatchU32(bytes, layout.ixPos[0][0] + 12, entries);
-        ParsedBytes f(bytes);
-        EXPECT_EQ(f.parse, E_AVI_STREAMINDEX) << entries;
-        EXPECT_EQ(CountReports(E_AVI_STREAMINDEX, "FillSuperIndex"), 1) << entries;
-    }
-    // Within the bound but beyond the file: a short read of the array, found before anything is
-    // allocated, whether the array misses the end by one entry or by hundreds of megabytes.
     const uint64_t arrayStart = layout.ixPos[0][0] + 32;
     const uint32_t justPast = static_cast<uint32_t>((layout.bytes.size() - arrayStart) / 8 + 1);
-    for (uint32_t entries : {justPast, 67108864u}) {
+    struct Case {
+        uint32_t entries;
+        HRESULT expected;
+    };
+    const Case cases[] = {{67108865u, E_AVI_STREAMINDEX}, {0x20000001u, E_AVI_STREAMINDEX},
+                          {0xFFFFFFFFu, E_AVI_STREAMINDEX}, {justPast, E_AVI_READ}, {67108864u, E_AVI_READ}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.entries);
         std::vector<uint8_t> bytes = layout.bytes;
-        PatchU32(bytes, layout.ixPos[0][0] + 12, entries);
+        PatchU32(bytes, layout.ixPos[0][0] + 12, c.entries);
         ParsedBytes f(bytes);
-        EXPECT_EQ(f.parse, E_AVI_READ) << entries;
-        EXPECT_EQ(CountReports(E_AVI_READ, "FillSuperIndex"), 1) << entries;
-        EXPECT_EQ(CountReports(E_AVI_STREAMINDEX, "FillSuperIndex"), 0) << entries;
+        EXPECT_EQ(f.parse, c.expected);
+        EXPECT_EQ(CountReports(c.expected, "FillSuperIndex"), 1);
+        EXPECT_EQ(GetReportList().size(), 1u);
     }
 }
 
@@ -267,23 +268,19 @@ TEST(ParserIndex, StandardIndexPositionsPastTheFileFailAsReads) {
     }
 }
 
-TEST(ParserIndex, AnEmptySuperIndexOnThePrincipalStreamFallsBackToIdx1) {
-    AviModel model = VideoAndPcmModel(4, 30, 16);
-    model.streams[0].superIndex = SuperIndex::Empty;
-    const AviLayout layout = BuildAvi(model);
-    ParsedBytes f(layout.bytes);
-    ASSERT_EQ(f.parse, S_OK);
-    EXPECT_EQ(Positions(f.parser, 0), DataPositions(model, layout, "dc"));
-    EXPECT_EQ(f.parser.GetStream(1)->GetIndexList().GetCount(), 4u);
-}
-
-TEST(ParserIndex, ASuperIndexOnThePrincipalStreamKeepsIdx1Unread) {
-    AviModel model = VideoAndPcmModel(4, 30, 16);
-    model.streams[0].superIndex = SuperIndex::Full;
-    ParsedBytes f(BuildAvi(model).bytes);
-    ASSERT_EQ(f.parse, S_OK);
-    EXPECT_EQ(f.parser.GetVideoFrameCount(), 4u);
-    EXPECT_EQ(f.parser.GetStream(1)->GetIndexList().GetCount(), 0u);  // the audio had only idx1
+// An empty super index on the principal stream falls back to idx1 for every stream; a full one
+// keeps idx1 unread, so the audio, indexed only there, has no entries.
+TEST(ParserIndex, ASuperIndexOnThePrincipalStreamDecidesWhetherIdx1IsRead) {
+    for (SuperIndex kind : {SuperIndex::Empty, SuperIndex::Full}) {
+        SCOPED_TRACE(kind == SuperIndex::Full ? "full" : "empty");
+        AviModel model = VideoAndPcmModel(4, 30, 16);
+        model.streams[0].superIndex = kind;
+        const AviLayout layout = BuildAvi(model);
+        ParsedBytes f(layout.bytes);
+        ASSERT_EQ(f.parse, S_OK);
+        EXPECT_EQ(Positions(f.parser, 0), DataPositions(model, layout, "dc"));
+        EXPECT_EQ(f.parser.GetStream(1)->GetIndexList().GetCount(), kind == SuperIndex::Full ? 0u : 4u);
+    }
 }
 
 TEST(ParserIndex, SuperIndexesSpanSeveralRiffParts) {
