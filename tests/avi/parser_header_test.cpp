@@ -31,25 +31,23 @@ void ExpectFrame(const CZeAviFileParser& parser, int32_t right, int32_t bottom) 
     EXPECT_EQ(header->GetFrame().bottom, bottom);
 }
 
+// An empty rectangle takes the DV picture of the rate, and the main header follows; below 25
+// frames a second, or without a scale, the rectangle stays empty and nothing else steps in.
 TEST(ParserHeader, EmptyDVFramesTakeThePictureSizeOfTheirRate) {
-    ParsedBytes pal(BuildAvi(DvHandlerModel(25, 1)).bytes);
-    ASSERT_EQ(pal.parse, S_OK);
-    ExpectFrame(pal.parser, 720, 576);
-    EXPECT_EQ(pal.parser.GetMainHeader().GetWidth(), 720u);
-    EXPECT_EQ(pal.parser.GetMainHeader().GetHeight(), 576u);
-
-    ParsedBytes ntsc(BuildAvi(DvHandlerModel(30000, 1001)).bytes);
-    ASSERT_EQ(ntsc.parse, S_OK);
-    ExpectFrame(ntsc.parser, 720, 480);
-    EXPECT_EQ(ntsc.parser.GetMainHeader().GetHeight(), 480u);
-
-    // Below 25 frames a second, or without a scale, the rectangle stays empty and so does nothing
-    // else step in.
-    for (const AviModel& model : {DvHandlerModel(24, 1), DvHandlerModel(25, 0)}) {
-        ParsedBytes slow(BuildAvi(model).bytes);
-        ASSERT_EQ(slow.parse, S_OK);
-        ExpectFrame(slow.parser, 0, 0);
-        EXPECT_EQ(slow.parser.GetMainHeader().GetWidth(), 320u);
+    struct Case {
+        uint32_t rate;
+        uint32_t scale;
+        int32_t right;
+        int32_t bottom;
+    };
+    const Case cases[] = {{25, 1, 720, 576}, {30000, 1001, 720, 480}, {24, 1, 0, 0}, {25, 0, 0, 0}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::to_string(c.rate) + "/" + std::to_string(c.scale));
+        ParsedBytes f(BuildAvi(DvHandlerModel(c.rate, c.scale)).bytes);
+        ASSERT_EQ(f.parse, S_OK);
+        ExpectFrame(f.parser, c.right, c.bottom);
+        EXPECT_EQ(f.parser.GetMainHeader().GetWidth(), c.right ? 720u : 320u);
+        EXPECT_EQ(f.parser.GetMainHeader().GetHeight(), c.right ? static_cast<uint32_t>(c.bottom) : 240u);
     }
 }
 
