@@ -68,14 +68,19 @@ DWORD CopyData(const RegValue& value, BYTE* data, LPDWORD dataSize) {
     return ERROR_SUCCESS;
 }
 
+// The open key behind `key` and the parts of `subKey` below it.
+DWORD ResolveSubKey(HKEY key, LPCSTR subKey, OpenRegKey& parent, RegPath& parts) {
+    const DWORD err = LookupRegKey(key, parent);
+    if (err != ERROR_SUCCESS) return err;
+    return SplitSubKey(subKey, parts);
+}
+
 LONG DoCreateKeyExA(HKEY key, LPCSTR subKey, DWORD, LPSTR, DWORD, REGSAM desired, LPSECURITY_ATTRIBUTES, PHKEY result,
                     LPDWORD disposition) {
     if (result == nullptr) return ERROR_INVALID_PARAMETER;
     OpenRegKey parent;
-    DWORD err = LookupRegKey(key, parent);
-    if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     RegPath parts;
-    err = SplitSubKey(subKey, parts);
+    DWORD err = ResolveSubKey(key, subKey, parent, parts);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     bool createdAny = false;
     err = UpdateRegistry([&](RegKey& root, bool& modified) -> DWORD {
@@ -105,10 +110,8 @@ LONG DoCreateKeyExA(HKEY key, LPCSTR subKey, DWORD, LPSTR, DWORD, REGSAM desired
 LONG DoOpenKeyExA(HKEY key, LPCSTR subKey, DWORD, REGSAM desired, PHKEY result) {
     if (result == nullptr) return ERROR_INVALID_PARAMETER;
     OpenRegKey parent;
-    DWORD err = LookupRegKey(key, parent);
-    if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     RegPath parts;
-    err = SplitSubKey(subKey, parts);
+    DWORD err = ResolveSubKey(key, subKey, parent, parts);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     RegKey root;
     err = LoadRegistry(root);
@@ -229,10 +232,8 @@ LONG DoQueryInfoKeyA(HKEY key, LPSTR keyClass, LPDWORD classChars, LPDWORD reser
 LONG DoDeleteKeyA(HKEY key, LPCSTR subKey) {
     if (subKey == nullptr) return ERROR_INVALID_PARAMETER;
     OpenRegKey parent;
-    DWORD err = LookupRegKey(key, parent);
-    if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     RegPath parts;
-    err = SplitSubKey(subKey, parts);
+    DWORD err = ResolveSubKey(key, subKey, parent, parts);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     RegPath target = parent.path;
     target.insert(target.end(), parts.begin(), parts.end());
