@@ -128,13 +128,18 @@ LONG DoOpenKeyExA(HKEY key, LPCSTR subKey, DWORD, REGSAM desired, PHKEY result) 
     return ERROR_SUCCESS;
 }
 
+// The open key behind `key`, which must allow value changes, and the checked value name.
+DWORD OpenForValueChange(HKEY key, LPCSTR valueName, OpenRegKey& open, std::string& name) {
+    const DWORD err = LookupRegKey(key, open);
+    if (err != ERROR_SUCCESS) return err;
+    if ((open.access & KEY_SET_VALUE) == 0) return ERROR_ACCESS_DENIED;
+    return CheckValueName(valueName, name);
+}
+
 LONG DoSetValueExA(HKEY key, LPCSTR valueName, DWORD, DWORD type, const BYTE* data, DWORD dataSize) {
     OpenRegKey open;
-    DWORD err = LookupRegKey(key, open);
-    if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
-    if ((open.access & KEY_SET_VALUE) == 0) return ERROR_ACCESS_DENIED;
     std::string name;
-    err = CheckValueName(valueName, name);
+    DWORD err = OpenForValueChange(key, valueName, open, name);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     if (data == nullptr && dataSize != 0) return ERROR_NOACCESS;
     // Exactly the bytes given are stored: a string passed without its zero stays without it.
@@ -257,11 +262,8 @@ LONG DoDeleteKeyA(HKEY key, LPCSTR subKey) {
 
 LONG DoDeleteValueA(HKEY key, LPCSTR valueName) {
     OpenRegKey open;
-    DWORD err = LookupRegKey(key, open);
-    if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
-    if ((open.access & KEY_SET_VALUE) == 0) return ERROR_ACCESS_DENIED;
     std::string name;
-    err = CheckValueName(valueName, name);
+    DWORD err = OpenForValueChange(key, valueName, open, name);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     err = UpdateRegistry([&](RegKey& root, bool& modified) -> DWORD {
         RegKey* node = nullptr;
