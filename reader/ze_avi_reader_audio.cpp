@@ -74,12 +74,7 @@ HRESULT STDMETHODCALLTYPE CZEAviReader::GetReaderInfo(ZeReaderInfo* info, void*)
         info->sampleKind = kReaderInfoSampleKind;
         info->length = header.GetLength();
         info->bitRatePerChannel = static_cast<uint32_t>(format->wBitsPerSample) * (header.GetRate() / scale);
-        info->wFormatTag = format->wFormatTag;
-        info->nChannels = format->nChannels;
-        info->nSamplesPerSec = format->nSamplesPerSec;
-        info->nAvgBytesPerSec = format->nAvgBytesPerSec;
-        info->nBlockAlign = format->nBlockAlign;
-        info->wBitsPerSample = format->wBitsPerSample;
+        ze_reader::CopyWaveFields(*format, info);
         info->cbExtra = format->cbSize;
         return S_OK;
     });

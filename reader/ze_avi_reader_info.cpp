@@ -107,14 +107,7 @@ HRESULT CZEAviReader::GetStreamInfoLocked(ZeStreamInfo* info) {
     info->text[0] = '\0';
     std::memcpy(info->fileType, "AVI", 4);
 
-    if (const WAVEFORMATEX* audio = source.AudioFormat()) {
-        info->wFormatTag = audio->wFormatTag;
-        info->nChannels = audio->nChannels;
-        info->nSamplesPerSec = audio->nSamplesPerSec;
-        info->nAvgBytesPerSec = audio->nAvgBytesPerSec;
-        info->nBlockAlign = audio->nBlockAlign;
-        info->wBitsPerSample = audio->wBitsPerSample;
-    }
+    if (const WAVEFORMATEX* audio = source.AudioFormat()) ze_reader::CopyWaveFields(*audio, info);
     return S_OK;
 }
 

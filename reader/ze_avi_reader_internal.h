@@ -43,6 +43,17 @@ inline uint32_t FourCC(const char (&text)[5]) {
            static_cast<uint32_t>(static_cast<uint8_t>(text[3])) << 24;
 }
 
+// The six WAVEFORMATEX fields that the host records (stream and reader information) repeat.
+template <class Record>
+void CopyWaveFields(const WAVEFORMATEX& format, Record* record) {
+    record->wFormatTag = format.wFormatTag;
+    record->nChannels = format.nChannels;
+    record->nSamplesPerSec = format.nSamplesPerSec;
+    record->nAvgBytesPerSec = format.nAvgBytesPerSec;
+    record->nBlockAlign = format.nBlockAlign;
+    record->wBitsPerSample = format.wBitsPerSample;
+}
+
 }  // namespace ze_reader
 
 // Holds the object lock for a scope. An object whose COM initialisation failed has no lock; it
