@@ -1,0 +1,168 @@
+// Installation of the runtime's classes in the COM runtime, and the system filters: their classes and
+// their registration in each registry store this process uses.
+#include <cstdlib>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "dshow/runtime/com_object.h"
+#include "dshow/runtime/filter_data.h"
+#include "dshow/runtime/filter_matching.h"
+#include "dshow/runtime/registry_access.h"
+#include "dshow/runtime/runtime_classes.h"
+#include "dshow/runtime/ze_dshow_runtime.h"
+
+namespace ze_dsrt {
+
+namespace {
+
+struct RuntimeClass {
+    const CLSID* clsid;
+    StaticClassFactory factory;
+};
+
+RuntimeClass g_classes[] = {
+    {&CLSID_FilterMapper2, StaticClassFactory(CreateFilterMapper)},
+    {&CLSID_SystemDeviceEnum, StaticClassFactory(CreateDeviceEnumerator)},
+};
+
+HRESULT STDAPICALLTYPE RuntimeClassObject(REFCLSID clsid, REFIID iid, LPVOID* object) {
+    if (object == nullptr) return E_POINTER;
+    *object = nullptr;
+    for (RuntimeClass& c : g_classes)
+        if (IsEqualCLSID(*c.clsid, clsid)) return c.factory.QueryInterface(iid, object);
+    return CLASS_E_CLASSNOTAVAILABLE;
+}
+
+// The category the system filters are listed in, as a Windows installation has it.
+constexpr DWORD kLegacyCategoryMerit = MERIT_NORMAL;
+constexpr const char* kLegacyCategoryName = "DirectShow Filters";
+
+// The system filters added so far, and the registry store last brought up to date with them.
+struct SystemFilters {
+    std::mutex mutex;
+    std::vector<ZeSystemFilter> rows;
+    bool checked = false;
+    std::string checkedStore;
+};
+
+SystemFilters& Filters() {
+    static SystemFilters filters;
+    return filters;
+}
+
+// What identifies the registry store in use: the variable that names its file.
+std::string CurrentStore() {
+    const char* path = std::getenv("ZE_REGISTRY_FILE");
+    return path != nullptr ? path : "";
+}
+
+bool StringValueIs(const RegKey& key, const char* name, const std::string& expected) {
+    std::string text;
+    return key.ReadString(name, &text) == ERROR_SUCCESS && text == expected;
+}
+
+bool BinaryValueIs(const RegKey& key, const char* name, const std::vector<BYTE>& expected) {
+    std::vector<BYTE> data;
+    DWORD type = REG_NONE;
+    return key.ReadBinary(name, &data, &type) == ERROR_SUCCESS && type == REG_BINARY && data == expected;
+}
+
+bool DwordValueIs(const RegKey& key, const char* name, DWORD expected) {
+    std::vector<BYTE> data;
+    DWORD type = REG_NONE;
+    return key.ReadBinary(name, &data, &type) == ERROR_SUCCESS && type == REG_DWORD &&
+           data == std::vector<BYTE>{static_cast<BYTE>(expected), static_cast<BYTE>(expected >> 8),
+                                     static_cast<BYTE>(expected >> 16), static_cast<BYTE>(expected >> 24)};
+}
+
+REGFILTER2 Description(const ZeSystemFilter& row) {
+    REGFILTER2 description{};
+    description.dwVersion = 2;
+    description.dwMerit = row.merit;
+    description.cPins2 = row.pinCount;
+    description.rgPins2 = row.pins;
+    return description;
+}
+
+// Does the store hold exactly what RegisterFilter would write for the row?
+bool Registered(const ZeSystemFilter& row) {
+    FilterRecord record;
+    if (FAILED(RecordFromRegFilter(Description(row), &record))) return false;
+    const std::string clsid = GuidString(*row.clsid);
+    RegKey instance, own;
+    return instance.Open(HKEY_CLASSES_ROOT, InstanceKeyPath(CLSID_LegacyAmFilterCategory, clsid)) == ERROR_SUCCESS &&
+           StringValueIs(instance, kFriendlyNameValue, row.friendlyName) &&
+           StringValueIs(instance, kClsidValue, clsid) &&
+           BinaryValueIs(instance, kFilterDataValue, WriteFilterData(record)) &&
+           own.Open(HKEY_CLASSES_ROOT, ClassKeyPath(*row.clsid)) == ERROR_SUCCESS &&
+           StringValueIs(own, nullptr, row.friendlyName);
+}
+
+bool CategoryListed() {
+    RegKey key;
+    const std::string name = GuidString(CLSID_LegacyAmFilterCategory);
+    return key.Open(HKEY_CLASSES_ROOT, InstanceKeyPath(CLSID_ActiveMovieCategories, name)) == ERROR_SUCCESS &&
+           StringValueIs(key, kFriendlyNameValue, kLegacyCategoryName) && StringValueIs(key, kClsidValue, name) &&
+           DwordValueIs(key, kMeritValue, kLegacyCategoryMerit);
+}
+
+// Writes what is missing or different through the mapper, as an installation would. A store that
+// cannot be written stays as it is; the mapper then finds what it holds.
+void RegisterAll(const std::vector<ZeSystemFilter>& rows) {
+    ComPtr<IFilterMapper2> mapper;
+    if (FAILED(CreateFilterMapper(nullptr, IID_IFilterMapper2, mapper.OutVoid()))) return;
+    if (!CategoryListed())
+        mapper->CreateCategory(CLSID_LegacyAmFilterCategory, kLegacyCategoryMerit,
+                               OleFromUtf8(kLegacyCategoryName).c_str());
+    for (const ZeSystemFilter& row : rows) {
+        if (Registered(row)) continue;
+        const REGFILTER2 description = Description(row);
+        mapper->RegisterFilter(*row.clsid, OleFromUtf8(row.friendlyName).c_str(), nullptr,
+                               &CLSID_LegacyAmFilterCategory, nullptr, &description);
+    }
+}
+
+}  // namespace
+
+void EnsureSystemFiltersRegistered() {
+    SystemFilters& filters = Filters();
+    std::lock_guard<std::mutex> lock(filters.mutex);
+    const std::string store = CurrentStore();
+    if (filters.checked && filters.checkedStore == store) return;
+    RegisterAll(filters.rows);
+    filters.checked = true;
+    filters.checkedStore = store;
+}
+
+}  // namespace ze_dsrt
+
+void ZeDShowRuntimeInstall() {
+    static std::mutex mutex;
+    std::lock_guard<std::mutex> lock(mutex);
+    for (const ze_dsrt::RuntimeClass& c : ze_dsrt::g_classes) ZeRegisterBuiltinClass(*c.clsid, ze_dsrt::RuntimeClassObject);
+}
+
+void ZeAddSystemFilters(const ZeSystemFilter* rows, size_t count) {
+    using namespace ze_dsrt;
+    ZeDShowRuntimeInstall();
+    SystemFilters& filters = Filters();
+    {
+        std::lock_guard<std::mutex> lock(filters.mutex);
+        try {
+            for (size_t i = 0; rows != nullptr && i < count; ++i) {
+                const ZeSystemFilter& row = rows[i];
+                if (row.clsid == nullptr || row.friendlyName == nullptr || row.getClassObject == nullptr) continue;
+                ZeRegisterBuiltinClass(*row.clsid, row.getClassObject);
+                bool replaced = false;
+                for (ZeSystemFilter& known : filters.rows)
+                    if (IsEqualCLSID(*known.clsid, *row.clsid)) replaced = true, known = row;
+                if (!replaced) filters.rows.push_back(row);
+            }
+        } catch (const std::bad_alloc&) {
+            // The classes registered so far stay; the registry check below covers the rows kept.
+        }
+        filters.checked = false;
+    }
+    EnsureSystemFiltersRegistered();
+}
