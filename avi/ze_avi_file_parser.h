@@ -31,11 +31,14 @@
 
 class CZeAviSuperIndex;
 class CZeAviBaseIndex;
-// Extra per-file state of the DV code; defined and created there, released by the parser's reset.
-struct ZeDVStreamState;
+namespace ZeDV {
+class CZeDVAudioStream;
+}
 
 class CZeAviFileParser {
 public:
+    // The class name of every report of the parser.
+    static constexpr char kClass[] = "CZeAviFileParser";
     static constexpr uint32_t kNoStream = ze_avi_file::kNoStream;
     static constexpr uint64_t kNoEntry = ~static_cast<uint64_t>(0);
 
@@ -145,7 +148,7 @@ public:
     const ZeDVAudioParams& GetDVAudioParams() const { return m_dvAudio; }
     std::vector<uint8_t>& GetDVFrameBuffer() { return m_dvFrameBuffer; }
 
-    // ---- DV steps (their bodies live with the DV code) ----------------------------------------
+    // ---- DV steps (ze_avi_parser_dv.cpp; they decode frames through dv/) ----------------------
 
     // Video parameters of a "dvsd" file from one frame; run by the full parse.
     HRESULT DecodeDVVideoParams();
@@ -184,13 +187,13 @@ private:
     HRESULT FinishStreams();
 
     // Reads exactly `count` bytes at the current position; a short read is reported as E_AVI_READ
-    // under `method`. The typed forms decode little-endian fields.
+    // under `method`. Fixed-size chunk bodies are read this way in one piece and decoded at their
+    // offsets (ze_avi_le.h).
     HRESULT ReadExact(void* buffer, uint64_t count, const char* method);
-    HRESULT ReadU8(uint8_t* value, const char* method);
-    HRESULT ReadU16(uint16_t* value, const char* method);
-    HRESULT ReadU32(uint32_t* value, const char* method);
-    HRESULT ReadU64(uint64_t* value, const char* method);
-    HRESULT SeekTo(uint64_t position);
+    // Seeks to the absolute `position`; a position the file layer cannot reach is reported as
+    // E_AVI_SEEK under `method`. The parse steps' own seeks report under "Seek", the public entry
+    // they stand for; sample access reports under the access method.
+    HRESULT SeekTo(uint64_t position, const char* method = "Seek");
     // Opens the chunk at `position`: seeks there, reads its FOURCC (which must be `fourcc`, case
     // ignored), then its size, which must not be 0. Every mismatch or short read is E_AVI_READ under
     // `method`. `record`, when given, takes `fourcc` as its ID as soon as the FOURCC matched;
@@ -236,10 +239,10 @@ private:
 
     static uint64_t s_lastFrameSize;
 
-protected:
-    // DV state; the DV code reaches these as members.
+    // DV state, filled by the DV steps.
     ZeDVVideoParams m_dvVideo;
     ZeDVAudioParams m_dvAudio;
     std::vector<uint8_t> m_dvFrameBuffer;
-    std::shared_ptr<ZeDVStreamState> m_dvState;
+    // Reader of the sound an interleaved DV stream carries in its frames; created with that stream.
+    std::shared_ptr<ZeDV::CZeDVAudioStream> m_dvAudioStream;
 };

@@ -1,5 +1,5 @@
-// FOURCC helpers of the AVI records and parser: compile-time builders for the chunk identifiers
-// we compare against, and the case-blind comparisons RIFF readers use.
+// FOURCC helpers of the file layer, the AVI records and the parser: the one builder of chunk
+// identifiers from text, and the case-blind comparisons RIFF readers use.
 #pragma once
 
 #include <cstdint>
@@ -8,12 +8,14 @@
 namespace ZeAvi {
 
 // First character in the lowest byte, as a RIFF identifier read from disk as a little-endian word.
-// Each character is widened as a signed byte, as ZeOSAL::MakeFourCC does; for ASCII that never matters.
-constexpr uint32_t FourCC(const char (&text)[5]) {
-    return static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(text[0]))) |
-           (static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(text[1]))) << 8) |
-           (static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(text[2]))) << 16) |
-           (static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(text[3]))) << 24);
+// Each character is widened as a signed byte before it is shifted in; for ASCII that never
+// matters. A text shorter than four characters ends at its NUL: the missing characters are 0.
+constexpr uint32_t FourCC(const char* text) {
+    uint32_t value = 0;
+    for (int i = 0; i < 4 && text[i] != '\0'; ++i) {
+        value |= static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(text[i]))) << (8 * i);
+    }
+    return value;
 }
 
 constexpr char LowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }

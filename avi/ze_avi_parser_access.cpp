@@ -10,10 +10,6 @@
 
 using namespace ZeAvi;
 
-namespace {
-const char kClass[] = "CZeAviFileParser";
-}
-
 // Shared by every parser of the process on purpose: the size of the last frame read by any of them.
 uint64_t CZeAviFileParser::s_lastFrameSize = 0;
 
@@ -181,12 +177,7 @@ uint64_t CZeAviFileParser::GetOneAudioBlock(void* buffer, uint64_t* block, int32
         return 0;
     }
     const uint64_t position = entry.GetPosition() + static_cast<uint64_t>(static_cast<int64_t>(*skip));
-    int32_t high = static_cast<int32_t>(static_cast<uint32_t>(position >> 32));
-    if (m_file.Seek(static_cast<int32_t>(static_cast<uint32_t>(position)), &high, FILE_BEGIN) ==
-        INVALID_SET_FILE_POINTER) {
-        ReportError(kClass, method, E_AVI_SEEK);
-        return 0;
-    }
+    if (FAILED(SeekTo(position, method))) return 0;
     uint64_t count = entry.GetSize() - static_cast<uint32_t>(*skip);
     uint64_t got = 0;
     if (FileRead(buffer, &count, &got) < 0) {
@@ -238,12 +229,8 @@ HRESULT CZeAviFileParser::GetSample(uint64_t* position, void* buffer, uint64_t* 
         const uint64_t available = inEntry < chunk.GetSize() ? chunk.GetSize() - inEntry : 0;
         const uint64_t take = std::min(available, remaining);
         if (take != 0) {
-            const uint64_t at = chunk.GetPosition() + inEntry;
-            int32_t high = static_cast<int32_t>(static_cast<uint32_t>(at >> 32));
-            if (m_file.Seek(static_cast<int32_t>(static_cast<uint32_t>(at)), &high, FILE_BEGIN) ==
-                INVALID_SET_FILE_POINTER) {
-                return ReportError(kClass, method, E_AVI_SEEK);
-            }
+            const HRESULT hr = SeekTo(chunk.GetPosition() + inEntry, method);
+            if (FAILED(hr)) return hr;
             uint64_t wanted = take;
             uint64_t got = 0;
             if (FileRead(out, &wanted, &got) < 0) return ReportError(kClass, method, E_AVI_READ);

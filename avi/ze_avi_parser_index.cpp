@@ -15,8 +15,6 @@ using namespace ZeAvi;
 
 namespace {
 
-const char kClass[] = "CZeAviFileParser";
-
 // Largest 'ix##' entry array accepted (bytes).
 constexpr uint64_t kMaxIxArrayBytes = 0x20000000u;
 // The first-video-chunk scan looks at this many positions at most.
@@ -49,6 +47,17 @@ int32_t StreamNumberOf(const uint8_t* ckid) {
     return negative ? -value : value;
 }
 
+// The index header that 'indx' and 'ix##' chunks share, as stored: wLongsPerEntry, bIndexSubType,
+// bIndexType, nEntriesInUse, dwChunkId (12 bytes). The reserved words are not taken from the file.
+void DecodeIndexHeader(const uint8_t* p, CZeAviBaseIndex& index) {
+    index.SetLongsPerEntry(LoadLE16(p));
+    index.SetIndexSubType(p[2]);
+    index.SetIndexType(p[3]);
+    index.SetEntriesInUse(LoadLE32(p + 4));
+    index.SetChunkId(LoadLE32(p + 8));
+    for (int32_t i = 0; i < 3; ++i) index.SetReserved(i, 0);
+}
+
 }  // namespace
 
 // ---- OpenDML indexes -----------------------------------------------------------------------------
@@ -74,16 +83,12 @@ HRESULT CZeAviFileParser::ParseStreamIndexChunk(uint64_t position, CZeAviStreamL
     // Termination: every entry is read from the file, so a count beyond the file ends in a short read.
     for (uint32_t i = 0; i < entries; ++i) {
         if (FAILED(hr = SeekTo(position + 32 + 16 * static_cast<uint64_t>(i)))) return hr;
+        // qwOffset, dwSize, dwDuration (not used)
+        uint8_t body[16];
+        if (FAILED(hr = ReadExact(body, sizeof(body), method))) return hr;
         CZeAviSuperIndex entry;
-        uint64_t offset = 0;
-        uint32_t size = 0;
-        uint32_t duration = 0;
-        if (FAILED(hr = ReadU64(&offset, method)) || FAILED(hr = ReadU32(&size, method)) ||
-            FAILED(hr = ReadU32(&duration, method))) {
-            return hr;
-        }
-        entry.SetOffset(offset);
-        entry.SetCb(size);
+        entry.SetOffset(LoadLE64(body));
+        entry.SetCb(LoadLE32(body + 8));
         if (FAILED(hr = FillSuperIndex(indexList, entry, entries))) return hr;
     }
     streamList.SetIndexList(std::move(indexList));
@@ -95,12 +100,9 @@ HRESULT CZeAviFileParser::FillBaseIndex(uint64_t* position, CZeAviBaseIndex& ind
     if (position == nullptr) return ReportError(kClass, method, E_POINTER);
     HRESULT hr = SeekTo(*position);
     if (FAILED(hr)) return hr;
-    if (FAILED(hr = ReadU16(&index.wLongsPerEntry, method)) || FAILED(hr = ReadU8(&index.bIndexSubType, method)) ||
-        FAILED(hr = ReadU8(&index.bIndexType, method)) || FAILED(hr = ReadU32(&index.nEntriesInUse, method)) ||
-        FAILED(hr = ReadU32(&index.dwChunkId, method))) {
-        return hr;
-    }
-    for (int32_t i = 0; i < 3; ++i) index.SetReserved(i, 0);
+    uint8_t body[12];
+    if (FAILED(hr = ReadExact(body, sizeof(body), method))) return hr;
+    DecodeIndexHeader(body, index);
     *position += 24;
     return S_OK;
 }
@@ -110,16 +112,13 @@ HRESULT CZeAviFileParser::FillSuperIndex(CZeAviIndexListChunk& indexList, CZeAvi
     const char* const method = "FillSuperIndex";
     HRESULT hr = SeekTo(entry.GetOffset());
     if (FAILED(hr)) return hr;
-    uint64_t baseOffset = 0;
-    uint32_t reserved3 = 0;
-    if (FAILED(hr = ReadU32(&entry.fcc, method)) || FAILED(hr = ReadU32(&entry.cb, method)) ||
-        FAILED(hr = ReadU16(&entry.wLongsPerEntry, method)) || FAILED(hr = ReadU8(&entry.bIndexSubType, method)) ||
-        FAILED(hr = ReadU8(&entry.bIndexType, method)) || FAILED(hr = ReadU32(&entry.nEntriesInUse, method)) ||
-        FAILED(hr = ReadU32(&entry.dwChunkId, method))) {
-        return hr;
-    }
-    for (int32_t i = 0; i < 3; ++i) entry.SetReserved(i, 0);
-    if (FAILED(hr = ReadU64(&baseOffset, method)) || FAILED(hr = ReadU32(&reserved3, method))) return hr;
+    // The 'ix##' chunk's head: FOURCC, size, the index header, qwBaseOffset, dwReserved3.
+    uint8_t head[32];
+    if (FAILED(hr = ReadExact(head, sizeof(head), method))) return hr;
+    entry.SetFcc(LoadLE32(head));
+    entry.SetCb(LoadLE32(head + 4));
+    DecodeIndexHeader(head + 8, entry);
+    const uint64_t baseOffset = LoadLE64(head + 20);
 
     const uint32_t count = entry.GetEntriesInUse();
     // Guard: the byte count is taken in 64 bits, so a count whose 32-bit product would wrap cannot

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "avi/ze_avi_fourcc.h"
+
 namespace ZeOSAL {
 
 namespace {
@@ -264,12 +266,7 @@ uint32_t CZeFile::MappedSeek(int32_t distanceLow, int32_t* distanceHigh, uint32_
 // ---------------------------------------------------------------------------------------------
 // Free helpers
 
-uint32_t MakeFourCC(const char* text) {
-    uint32_t value = 0;
-    for (int i = 0; i < 4; ++i)
-        value |= static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(text[i]))) << (8 * i);
-    return value;
-}
+uint32_t MakeFourCC(const char* text) { return ZeAvi::FourCC(text); }
 
 uint32_t MakeFourCCFromPair(const char* low, const char* high) {
     const uint8_t b0 = static_cast<uint8_t>(low[0]);

@@ -78,7 +78,7 @@ private:
     uint64_t m_position = 0;
 };
 
-// First character in the lowest byte; each character widened as a signed byte.
+// ZeAvi::FourCC (ze_avi_fourcc.h): first character in the lowest byte, each widened as a signed byte.
 uint32_t MakeFourCC(const char* text);
 // Bytes 0-1 from the first two characters of low, bytes 2-3 from the first two of high.
 uint32_t MakeFourCCFromPair(const char* low, const char* high);

@@ -8,8 +8,6 @@
 namespace ZeDV {
 namespace {
 
-constexpr const char* kClassName = "CZeAviFileParser";
-
 using Id = CameraValueId;
 constexpr uint8_t PC1 = 1, PC2 = 2, PC3 = 3, PC4 = 4;
 
@@ -116,7 +114,7 @@ const CameraValue* FindCameraValue(const char* name) {
 }
 
 HRESULT DecodeCameraValue(const CameraValue& value, const uint8_t* frame, size_t frameSize, uint32_t* result) {
-    if (frame == nullptr || result == nullptr) return ReportError(kClassName, value.decoderName, E_POINTER);
+    if (frame == nullptr || result == nullptr) return ReportError(kPackDecoderClass, value.decoderName, E_POINTER);
     CZeDVDataPack pack;
     if (!FindPack(frame, frameSize, value.field.pack, &pack)) return E_ABORT;
     const uint32_t raw = pack.GetByte(value.field.lowByte) |
@@ -128,9 +126,9 @@ HRESULT DecodeCameraValue(const CameraValue& value, const uint8_t* frame, size_t
 HRESULT GetCameraValue(const CameraValue& value, const uint8_t* frame, size_t frameSize,
                        CameraValueDescriptor* descriptor) {
     if (frame == nullptr || descriptor == nullptr || descriptor->result == nullptr) {
-        return ReportError(kClassName, value.accessorName, E_POINTER);
+        return ReportError(kPackDecoderClass, value.accessorName, E_POINTER);
     }
-    if (descriptor->size != 4) return ReportError(kClassName, value.accessorName, E_INVALIDARG);
+    if (descriptor->size != 4) return ReportError(kPackDecoderClass, value.accessorName, E_INVALIDARG);
     const HRESULT hr = DecodeCameraValue(value, frame, frameSize, descriptor->result);
     if (FAILED(hr)) {
         *descriptor = CameraValueDescriptor{};

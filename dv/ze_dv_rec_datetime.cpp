@@ -48,7 +48,7 @@ bool BuildRecordingDateTimeText(const uint8_t* frame, size_t frameSize, char* te
 }
 
 HRESULT DecodeTimestamp(const uint8_t* frame, size_t frameSize, ZeDVTimestamp* result) {
-    if (frame == nullptr || result == nullptr) return ReportError("CZeAviFileParser", "DecodeDVTimestamp", E_POINTER);
+    if (frame == nullptr || result == nullptr) return ReportError(kPackDecoderClass, "DecodeDVTimestamp", E_POINTER);
     DateTimeFields f;
     if (!ReadDateTime(frame, frameSize, &f)) return E_ABORT;
     result->seconds = f.seconds;

@@ -8,14 +8,14 @@
 #include "avi/ze_avi_file_parser.h"
 #include "avi/ze_avi_header_list.h"
 #include "avi/ze_avi_fourcc.h"
+#include "dv/ze_dv_audio_stream.h"
 #include "dv/ze_dv_iavs_audio_format.h"
 #include "dv/ze_dv_params_decode.h"
-#include "dv/ze_dv_stream_state.h"
 #include "reader/status/ze_error_report.h"
 
 namespace {
 
-const char kClass[] = "CZeAviFileParser";
+constexpr const char* kClass = CZeAviFileParser::kClass;
 constexpr uint32_t kAllOnes = 0xFFFFFFFFu;
 
 // Data position and size of entry `entry` of an index; a drop frame (position 0) and an entry
@@ -153,7 +153,7 @@ HRESULT CZeAviFileParser::CreateIavsAudioStreams() {
         // suggested size is capped at the file's size so a damaged header cannot claim gigabytes.
         const uint64_t suggested = video.GetSuggestedBufferSize();
         m_dvFrameBuffer = std::vector<uint8_t>(static_cast<size_t>(suggested < GetFileSize() ? suggested : GetFileSize()));
-        m_dvState = std::make_shared<ZeDVStreamState>();
+        m_dvAudioStream = std::make_shared<ZeDV::CZeDVAudioStream>();
     } catch (const std::bad_alloc&) {
         return ReportError(kClass, "CreateIavsAudioStreams", E_OUTOFMEMORY);
     }
@@ -166,10 +166,10 @@ HRESULT CZeAviFileParser::GetSampleFromStream(uint64_t* position, void* buffer, 
     if (buffer == nullptr || *count == 0) return S_OK;
     const WAVEFORMATEX* wave = GetAudioFormat();
     const CZeAviStreamList* principal = GetPrincipalStream();
-    if (wave == nullptr || principal == nullptr || m_dvState == nullptr) {
+    if (wave == nullptr || principal == nullptr || m_dvAudioStream == nullptr) {
         return ReportError(kClass, "GetSampleFromStream", E_FAIL);
     }
-    ZeDV::CZeDVAudioStream& audio = m_dvState->audio;
+    ZeDV::CZeDVAudioStream& audio = *m_dvAudioStream;
     if (!audio.IsReady()) {
         // The frames are looked up through the parser on every call, so the reader holds no
         // pointer into the record tree.
