@@ -3,6 +3,8 @@
 // part of the frame) and a different target size are both handled by the same call.
 #pragma once
 
+#include <vector>
+
 #include "dshow/decoders/ze_av_handles.h"
 #include "dshow/decoders/ze_dib_layout.h"
 
@@ -26,8 +28,11 @@ private:
         int dstW = 0, dstH = 0, dstFormat = -1;
         bool operator==(const Setup& o) const;
     };
+    bool Scale(const AVFrame& frame, int sourceHeight, uint8_t* dst, size_t stride, int height, bool bottomUp);
+
     SwsContextPtr m_context;
     Setup m_setup;
+    std::vector<uint8_t> m_scratch;
 };
 
 }  // namespace zedec
