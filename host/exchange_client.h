@@ -1,4 +1,4 @@
-// Typed reads through the module's parameter exchange (reader/ze_exchange.h).
+// Typed reads through the module's parameter exchange (reader/api/ze_exchange.h).
 #pragma once
 
 #include <cstdint>

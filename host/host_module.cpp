@@ -72,29 +72,8 @@ std::string ReportSummary(const std::string& line) {
 }
 
 const char* StatusName(HRESULT code) {
-    struct Name {
-        uint32_t code;
-        const char* name;
-    };
-    static const Name kNames[] = {
-        {0x80004001u, "E_NOTIMPL"},         {0x80004002u, "E_NOINTERFACE"},
-        {0x80004003u, "E_POINTER"},         {0x80004004u, "E_ABORT"},
-        {0x80004005u, "E_FAIL"},            {0x80070006u, "E_HANDLE"},
-        {0x8007000Eu, "E_OUTOFMEMORY"},     {0x80070057u, "E_INVALIDARG"},
-        {0x80070002u, "ERROR_FILE_NOT_FOUND"}, {0x8007007Eu, "ERROR_MOD_NOT_FOUND"},
-        {0x8007007Fu, "ERROR_PROC_NOT_FOUND"}, {0x800700C1u, "ERROR_BAD_EXE_FORMAT"},
-        {0x80040154u, "REGDB_E_CLASSNOTREG"}, {0x80040201u, "SELFREG_E_CLASS"},
-        {0x80040012u, "E_AVI_NOVALIDFILE"}, {0x80040013u, "E_AVI_OPEN"},
-        {0x80040014u, "E_AVI_READ"},        {0x80040015u, "E_AVI_SEEK"},
-        {0x80040016u, "E_AVI_CLOSE"},       {0x80040018u, "E_AVI_VIDEOSTREAMHEADER"},
-        {0x80040019u, "E_AVI_VIDEOFORMATHEADER"}, {0x8004001Au, "E_AVI_AUDIOSTREAMHEADER"},
-        {0x8004001Bu, "E_AVI_AUDIOFORMATHEADER"}, {0x8004001Cu, "E_AVI_COLORSPACE"},
-        {0x8004001Du, "E_AVI_STREAMINDEX"}, {0x8004001Eu, "E_AVI_PARSE"},
-        {0x8004001Fu, "E_AVI_NOFRAME"},     {0x80040020u, "E_AVI_DECODER"},
-    };
-    for (const Name& n : kNames)
-        if (n.code == static_cast<uint32_t>(code)) return n.name;
-    return "";
+    const ZeStatusCode* row = FindStatusCode(code);
+    return row ? row->name : "";
 }
 
 std::string DefaultModulePath() {

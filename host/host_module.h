@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "platform/win32.h"
-#include "reader/ze_host_interfaces.h"
+#include "reader/api/ze_host_interfaces.h"
 
 // A counted interface pointer.
 template <class T>

@@ -4,8 +4,9 @@
 
 #include <cstring>
 
-#include "reader/module/ze_module_state.h"
+#include "reader/ze_module_state.h"
 #include "reader/ze_avi_reader_internal.h"
+#include "reader/ze_host_log_sink.h"
 
 using ze_reader::Guarded;
 using ze_reader::Report;
@@ -105,7 +106,7 @@ HRESULT STDMETHODCALLTYPE CZEAviReader::SetHostParams(const ZeHostParams* params
     if ((params->flags & ZE_HOSTPARAM_USE_LOG) != 0 && params->hostLog) {
         params->hostLog->AddRef();
         m_hostLog = params->hostLog;
-        SetHostLog(m_hostLog);
+        ZeConnectHostLog(m_hostLog);
     }
     return S_OK;
 }

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/win32.h"
-#include "reader/ze_host_interfaces.h"
+#include "reader/api/ze_host_interfaces.h"
 
 class CZeReaderSource;
 

@@ -1,7 +1,7 @@
 // IZEClientServerExchange2: the host reads what the module knows about the open file (headers,
 // indexes, DV parameters, recording dates and camera values of single frames) and the colour
 // formats, and sets the colour format choice. The parameters and records are described in
-// reader/ze_exchange.h. These methods take no object lock.
+// reader/api/ze_exchange.h. These methods take no object lock.
 #include <cstring>
 #include <string>
 

@@ -3,10 +3,10 @@
 #include <cstdio>
 #include <new>
 
-#include "reader/module/ze_module_state.h"
+#include "reader/ze_module_state.h"
 #include "reader/module/ze_reader_creation.h"
 #include "reader/module/ze_module_report.h"
-#include "reader/ze_host_interfaces.h"
+#include "reader/api/ze_host_interfaces.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // DllUnregisterServer, over the class factory and the registration table.
 #include "platform/win32.h"
 #include "reader/module/ze_avi_reader_class.h"
-#include "reader/module/ze_module_state.h"
+#include "reader/ze_module_state.h"
 #include "reader/module/ze_registration.h"
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD, LPVOID) {

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "reader/module/ze_module_state.h"
+#include "reader/ze_module_state.h"
 #include "reader/module/ze_registration_table.h"
 #include "reader/module/ze_module_report.h"
 

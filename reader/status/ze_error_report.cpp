@@ -9,52 +9,14 @@ struct ReportState {
     HRESULT lastCode = 0;
     std::string context;
     std::vector<std::string> lines;
-    IZEHostLog* hostLog = nullptr;
+    ZeLogSink sink = nullptr;
+    void* sinkContext = nullptr;
     const int16_t logMode = 1;
 };
 
 ReportState& State() {
     static ReportState state;
     return state;
-}
-
-// Messages of the module's own codes 0x80040013..0x8004001F, by index; null falls to the unknown text.
-const char* const kAviMessages[] = {
-    "cant open avi file",                  // 0x80040013
-    "",                                    // 0x80040014: deliberately empty
-    "cant seek avi file",                  // 0x80040015
-    "cant close avi file",                 // 0x80040016
-    nullptr,                               // 0x80040017: never raised
-    "cant create video stream header",     // 0x80040018
-    "cant create video format header",     // 0x80040019
-    "cant create audio stream header",     // 0x8004001A
-    "cant create audio format header",     // 0x8004001B
-    "no valid color space",                // 0x8004001C
-    nullptr,                               // 0x8004001D
-    "avi file parse failed",               // 0x8004001E
-    "no frame",                            // 0x8004001F
-};
-
-// Messages of 0x80004001..0x80004005, by index.
-const char* const kCommonMessages[] = {
-    "not implemented",
-    "no such interface supported",
-    "invalid pointer",
-    "operation aborted",
-    "general access denied error",
-};
-
-const char* KnownMessage(HRESULT code) {
-    const uint32_t u = static_cast<uint32_t>(code);
-    if (u >= 0x80040013u && u <= 0x8004001Fu) return kAviMessages[u - 0x80040013u];
-    if (u >= 0x80004001u && u <= 0x80004005u) return kCommonMessages[u - 0x80004001u];
-    switch (u) {
-        case 0x80070006u: return "invalid handle";
-        case 0x8007000Eu: return "out of memory";
-        case 0x80070057u: return "one or more arguments are invalid";
-        case 0x80040012u: return "no valid avi file";
-        default: return nullptr;
-    }
 }
 
 void TraceSink(const std::string& text) {
@@ -65,7 +27,8 @@ void TraceSink(const std::string& text) {
 }  // namespace
 
 std::string ErrorMessageForCode(HRESULT code) {
-    if (const char* known = KnownMessage(code)) return known;
+    const ZeStatusCode* row = FindStatusCode(code);
+    if (row && row->message) return row->message;
     char buffer[100];
     std::snprintf(buffer, sizeof buffer, "%s (%d)", "unknown error", static_cast<int32_t>(code));
     return buffer;
@@ -76,7 +39,7 @@ void LogLine(int level, const std::string& text) {
     const std::string framed = "AVI Reader :: " + text + "\n";
     switch (s.logMode) {
         case 1:
-            if (level == 1 && s.hostLog) s.hostLog->WriteLogLine(framed.c_str(), 2);
+            if (level == 1 && s.sink) s.sink(framed.c_str(), s.sinkContext);
             break;
         case 2:
             if (level == 2) TraceSink(framed);
@@ -126,9 +89,11 @@ void SetErrorContext(const char* text) {
     s.lines.clear();
 }
 
-void SetHostLog(IZEHostLog* log) { State().hostLog = log; }
-
-IZEHostLog* GetHostLog() { return State().hostLog; }
+void SetLogSink(ZeLogSink sink, void* context) {
+    ReportState& s = State();
+    s.sink = sink;
+    s.sinkContext = context;
+}
 
 std::vector<std::string> GetReportList() { return State().lines; }
 

@@ -1,35 +1,25 @@
 // Process-wide error reporting: every failing method hands its class name, method name and
-// code to ReportError, which formats one line, keeps it, forwards it to the host's log and
-// returns the code unchanged.
+// code to ReportError, which formats one line, keeps it, hands it to the log sink and returns the
+// code unchanged.
 #pragma once
 
 #include <string>
 #include <vector>
 
 #include "platform/win32.h"
-#include "reader/status/ze_status_codes.h"
-
-// The host's log. Only one method is used: slot 9 of its table (after IUnknown's three),
-// called with a zero-terminated line and the number 2.
-struct IZEHostLog : public IUnknown {
-    virtual HRESULT STDMETHODCALLTYPE Reserved3() = 0;
-    virtual HRESULT STDMETHODCALLTYPE Reserved4() = 0;
-    virtual HRESULT STDMETHODCALLTYPE Reserved5() = 0;
-    virtual HRESULT STDMETHODCALLTYPE Reserved6() = 0;
-    virtual HRESULT STDMETHODCALLTYPE Reserved7() = 0;
-    virtual HRESULT STDMETHODCALLTYPE Reserved8() = 0;
-    virtual HRESULT STDMETHODCALLTYPE WriteLogLine(const char* line, LONG kind) = 0;
-protected:
-    ~IZEHostLog() = default;
-};
+#include "reader/api/ze_status_codes.h"
 
 HRESULT ReportError(const char* className, const char* methodName, HRESULT code);
 HRESULT GetLastReportedError();
 void SetErrorContext(const char* text);
-void SetHostLog(IZEHostLog* log);
-IZEHostLog* GetHostLog();
 std::string ErrorMessageForCode(HRESULT code);
 void LogLine(int level, const std::string& text);
+
+// Where the log routing sends the lines meant for the host: `sink` is called with each framed line
+// ("AVI Reader :: " + text + "\n", zero-terminated) and `context`. A null sink drops them. The sink
+// stays until the next call; nothing here ever clears it.
+using ZeLogSink = void (*)(const char* line, void* context);
+void SetLogSink(ZeLogSink sink, void* context);
 
 // Inspection of the process-wide report state (the module never reads it itself).
 std::vector<std::string> GetReportList();

@@ -7,7 +7,7 @@
 
 #include "platform/win32.h"
 #include "reader/module/ze_avi_reader_class.h"
-#include "reader/module/ze_module_state.h"
+#include "reader/ze_module_state.h"
 #include "reader/status/ze_error_report.h"
 #include "reader/ze_avi_reader.h"
 

@@ -86,6 +86,7 @@ TEST_F(ObjectIdentity, HostParamsTakeAndDropTheLog) {
     // The line as the host receives it: prefix, report line with CR LF, and a further LF; kind 2.
     EXPECT_EQ("AVI Reader :: [80004001] not implemented ### CZEAviReader::GetFormatInfo ### \r\n\n", own.lines[0]);
     EXPECT_EQ(2, own.kinds[0]);
+    EXPECT_EQ(0, own.wrongSlotCalls);
 
     // Without the log flag the object lets go of its reference and takes none.
     params.flags = 0;

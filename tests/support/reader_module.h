@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "platform/win32.h"
-#include "reader/ze_host_interfaces.h"
+#include "reader/api/ze_host_interfaces.h"
 #include "tests/support/host_log_capture.h"
 
 namespace zetest {

@@ -5,7 +5,7 @@
 
 #include "platform/win32.h"
 
-// The import module's class id is CLSID_ZEAviReaderModule (reader/ze_host_interfaces.h).
+// The import module's class id is CLSID_ZEAviReaderModule (reader/api/ze_host_interfaces.h).
 // {4B9E6A07-D2C8-4E1F-93A5-7F0C1B2D6E84}
 inline constexpr CLSID CLSID_ZEDVSourceFilter = {
     0x4b9e6a07, 0xd2c8, 0x4e1f, {0x93, 0xa5, 0x7f, 0x0c, 0x1b, 0x2d, 0x6e, 0x84}};

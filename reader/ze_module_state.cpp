@@ -1,4 +1,4 @@
-#include "reader/module/ze_module_state.h"
+#include "reader/ze_module_state.h"
 
 namespace {
 
