@@ -22,8 +22,10 @@ struct RuntimeClass {
 };
 
 RuntimeClass g_classes[] = {
+    {&CLSID_FilterGraph, StaticClassFactory(CreateFilterGraph)},
     {&CLSID_FilterMapper2, StaticClassFactory(CreateFilterMapper)},
     {&CLSID_SystemDeviceEnum, StaticClassFactory(CreateDeviceEnumerator)},
+    {&CLSID_SystemClock, StaticClassFactory(CreateSystemClock)},
 };
 
 HRESULT STDAPICALLTYPE RuntimeClassObject(REFCLSID clsid, REFIID iid, LPVOID* object) {
