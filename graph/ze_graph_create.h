@@ -6,3 +6,4 @@
 #include "platform/win32.h"
 
 HRESULT CreateZEVideoSourceFilter(IUnknown* outer, REFIID iid, void** object);
+HRESULT CreateZEVideoRenderFilter(IUnknown* outer, REFIID iid, void** object);
