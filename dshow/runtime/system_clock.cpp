@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -26,6 +27,8 @@ using Units = std::chrono::duration<int64_t, std::ratio<1, 10000000>>;  // 100 n
 
 REFERENCE_TIME Now() { return std::chrono::duration_cast<Units>(SteadyClock::now().time_since_epoch()).count(); }
 
+// Later than any request.
+constexpr REFERENCE_TIME kNever = INT64_MAX;
 // The timer sleeps at most this long at a time, which keeps far-off times clear of overflow.
 constexpr REFERENCE_TIME kLongestSleep = 1000LL * 10000000;
 
@@ -61,7 +64,7 @@ public:
                                          DWORD_PTR* pdwAdviseCookie) override {
         if (pdwAdviseCookie == nullptr) return E_POINTER;
         *pdwAdviseCookie = 0;
-        if (hEvent == 0 || baseTime < 0 || streamTime < 0 || baseTime > MAX_TIME - streamTime) return E_INVALIDARG;
+        if (hEvent == 0 || baseTime < 0 || streamTime < 0 || baseTime > kNever - streamTime) return E_INVALIDARG;
         return Add(Advise{0, baseTime + streamTime, 0, hEvent}, pdwAdviseCookie);
     }
 
@@ -110,7 +113,7 @@ private:
         std::unique_lock<std::mutex> lock(mutex_);
         while (!stopping_) {
             const REFERENCE_TIME now = Now();
-            REFERENCE_TIME next = MAX_TIME;
+            REFERENCE_TIME next = kNever;
             for (size_t i = 0; i < advises_.size();) {
                 Advise& a = advises_[i];
                 if (a.due <= now) {
@@ -125,7 +128,7 @@ private:
                 if (a.due < next) next = a.due;
                 ++i;
             }
-            if (next == MAX_TIME)
+            if (next == kNever)
                 changed_.wait(lock);
             else
                 changed_.wait_for(lock, Units(std::min(next - now, kLongestSleep)));
