@@ -57,7 +57,10 @@ HRESULT STDMETHODCALLTYPE CZEVideoRenderFilter::GetSyncSource(IReferenceClock** 
     return CBaseRenderer::GetSyncSource(clock);
 }
 HRESULT STDMETHODCALLTYPE CZEVideoRenderFilter::EnumPins(IEnumPins** pins) { return CBaseRenderer::EnumPins(pins); }
-HRESULT STDMETHODCALLTYPE CZEVideoRenderFilter::FindPin(LPCWSTR id, IPin** pin) { return CBaseRenderer::FindPin(id, pin); }
+HRESULT STDMETHODCALLTYPE CZEVideoRenderFilter::FindPin(LPCWSTR id, IPin** pin)
+{
+    return CBaseRenderer::FindPin(id, pin);
+}
 HRESULT STDMETHODCALLTYPE CZEVideoRenderFilter::QueryFilterInfo(FILTER_INFO* info)
 {
     return CBaseRenderer::QueryFilterInfo(info);
@@ -113,7 +116,8 @@ HRESULT CZEVideoRenderFilter::DoRenderSample(IMediaSample* sample)
     return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE CZEVideoRenderFilter::InitTargetBuffer(const BITMAPINFOHEADER* format, LONG width, LONG height)
+HRESULT STDMETHODCALLTYPE CZEVideoRenderFilter::InitTargetBuffer(const BITMAPINFOHEADER* format, LONG width,
+                                                                  LONG height)
 {
     if (format == nullptr) return ReportError(kClass, "InitTargetBuffer", E_POINTER);
     if (format->biBitCount == 0 || format->biHeight == 0 || format->biWidth == 0)

@@ -52,7 +52,8 @@ HRESULT CZEVideoSourceOutputPin::GetMediaType(int position, CMediaType* type)
     auto* info = reinterpret_cast<VIDEOINFOHEADER*>(block);
     const VIDEOINFOHEADER& stored = format.Info();
     const BITMAPINFOHEADER& storedHeader = stored.bmiHeader;
-    std::memcpy(&info->bmiHeader, &storedHeader, std::min(storedHeader.biSize, format.Size() - kZeVideoInfoPrefix));
+    const uint32_t headerBytes = std::min<uint32_t>(storedHeader.biSize, format.Size() - kZeVideoInfoPrefix);
+    std::memcpy(&info->bmiHeader, &storedHeader, headerBytes);
     info->bmiHeader.biSize = storedHeader.biSize;
     info->bmiHeader.biWidth = storedHeader.biWidth;
     info->bmiHeader.biHeight = storedHeader.biHeight;

@@ -50,7 +50,10 @@ protected:
         return source;
     }
     static IBaseFilter* Base(IZEVideoSourceFilter* source) { return static_cast<CZEVideoSourceFilter*>(source); }
-    static IBaseFilter* Base(IZEVideoRenderFilter* render) { return static_cast<CBaseFilter*>(static_cast<CZEVideoRenderFilter*>(render)); }
+    static IBaseFilter* Base(IZEVideoRenderFilter* render)
+    {
+        return static_cast<CBaseFilter*>(static_cast<CZEVideoRenderFilter*>(render));
+    }
 
     // Fills a sample with `bytes` and sends it on.
     static HRESULT Send(IZEVideoSourceFilter* source, const std::vector<BYTE>& bytes, BOOL syncPoint = TRUE)
@@ -134,8 +137,9 @@ TEST_F(GraphConnectionTest, RefusedDeliveriesReportAtThePinAndAtDecode)
     BYTE* data = nullptr;
     EXPECT_EQ(source->GetSampleBuffer(&data), E_POINTER);
     EXPECT_EQ(TakeReports(),
-              (std::vector<std::string>{Line("[80040211] unknown error (-2147220975)", "CZEVideoSourceOutputPin::GetSampleBuffer"),
-                                        Line(kPointer, "CZEVideoSourceFilter::GetSampleBuffer")}));
+              (std::vector<std::string>{
+                  Line("[80040211] unknown error (-2147220975)", "CZEVideoSourceOutputPin::GetSampleBuffer"),
+                  Line(kPointer, "CZEVideoSourceFilter::GetSampleBuffer")}));
 
     // A frame larger than the sample's buffer is not sent on with a stale length.
     ASSERT_EQ(chain.Run(), S_OK);

@@ -158,7 +158,8 @@ TEST_F(SourceFilterTest, PinTakesTypesOnlyForTheStoredCompression)
     dv.SetFormatType(&FORMAT_VideoInfo2);
     EXPECT_EQ(m_pin->CheckMediaType(&dv), E_INVALIDARG);
     EXPECT_EQ(m_pin->CheckMediaType(nullptr), E_POINTER);
-    EXPECT_EQ(TakeReports(), (std::vector<std::string>{refused, Line(kPointer, "CZEVideoSourceOutputPin::CheckMediaType")}));
+    EXPECT_EQ(TakeReports(),
+              (std::vector<std::string>{refused, Line(kPointer, "CZEVideoSourceOutputPin::CheckMediaType")}));
 }
 
 TEST_F(SourceFilterTest, RefusalsReportOnceUnderTheirOwnNames)
@@ -169,10 +170,12 @@ TEST_F(SourceFilterTest, RefusalsReportOnceUnderTheirOwnNames)
         HRESULT result;
         std::vector<std::string> lines;
     } rows[] = {
-        {"SetMediaInfo without header", [](SourceFilterTest& t) { return t.m_source->SetMediaInfo(nullptr, &t.m_desc); },
-         E_POINTER, {Line(kPointer, "CZEVideoSourceFilter::SetMediaInfo")}},
-        {"SetStreamInfo without header", [](SourceFilterTest& t) { return t.m_source->SetStreamInfo(nullptr, &t.m_desc); },
-         E_POINTER, {Line(kPointer, "CZEVideoSourceFilter::SetMediaInfo")}},
+        {"SetMediaInfo without header",
+         [](SourceFilterTest& t) { return t.m_source->SetMediaInfo(nullptr, &t.m_desc); }, E_POINTER,
+         {Line(kPointer, "CZEVideoSourceFilter::SetMediaInfo")}},
+        {"SetStreamInfo without header",
+         [](SourceFilterTest& t) { return t.m_source->SetStreamInfo(nullptr, &t.m_desc); }, E_POINTER,
+         {Line(kPointer, "CZEVideoSourceFilter::SetMediaInfo")}},
         {"SetStreamInfo without stream header",
          [](SourceFilterTest& t) { return t.m_source->SetStreamInfo(&t.m_header, nullptr); }, E_POINTER,
          {Line(kPointer, "CZEVideoSourceFilter::SetStreamInfo")}},

@@ -87,18 +87,22 @@ TEST(SourceOfferedTypes, MjpgOffersTwoTypesOthersOneTypeTwice)
 {
     const GUID avi = {0xe436eb88, 0x524f, 0x11ce, {0x9f, 0x53, 0x00, 0x20, 0xaf, 0x0b, 0xa7, 0x70}};
     const GUID h264 = {0x34363248, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xaa, 0x00, 0x38, 0x9b, 0x71}};
+    const DWORD mjpg = ZeFourcc('m', 'j', 'p', 'g');
+    const DWORD MJPG = ZeFourcc('M', 'J', 'P', 'G');
+    const DWORD dvsd = ZeFourcc('d', 'v', 's', 'd');
+    const DWORD H264 = ZeFourcc('H', '2', '6', '4');
     struct Row {
         DWORD compression;
         int position;
         GUID major, sub, format;
         DWORD offeredCompression;
     } rows[] = {
-        {ZeFourcc('m', 'j', 'p', 'g'), 0, MEDIATYPE_Video, MEDIASUBTYPE_MJPG, FORMAT_VideoInfo, ZeFourcc('M', 'J', 'P', 'G')},
-        {ZeFourcc('m', 'j', 'p', 'g'), 1, MEDIATYPE_Stream, avi, GUID_NULL, ZeFourcc('M', 'J', 'P', 'G')},
-        {ZeFourcc('d', 'v', 's', 'd'), 0, MEDIATYPE_Video, MEDIASUBTYPE_dvsd, FORMAT_VideoInfo, ZeFourcc('d', 'v', 's', 'd')},
-        {ZeFourcc('d', 'v', 's', 'd'), 1, MEDIATYPE_Video, MEDIASUBTYPE_dvsd, FORMAT_VideoInfo, ZeFourcc('d', 'v', 's', 'd')},
-        {ZeFourcc('H', '2', '6', '4'), 0, MEDIATYPE_Video, h264, FORMAT_VideoInfo, ZeFourcc('H', '2', '6', '4')},
-        {ZeFourcc('H', '2', '6', '4'), 1, MEDIATYPE_Video, h264, FORMAT_VideoInfo, ZeFourcc('H', '2', '6', '4')},
+        {mjpg, 0, MEDIATYPE_Video, MEDIASUBTYPE_MJPG, FORMAT_VideoInfo, MJPG},
+        {mjpg, 1, MEDIATYPE_Stream, avi, GUID_NULL, MJPG},
+        {dvsd, 0, MEDIATYPE_Video, MEDIASUBTYPE_dvsd, FORMAT_VideoInfo, dvsd},
+        {dvsd, 1, MEDIATYPE_Video, MEDIASUBTYPE_dvsd, FORMAT_VideoInfo, dvsd},
+        {H264, 0, MEDIATYPE_Video, h264, FORMAT_VideoInfo, H264},
+        {H264, 1, MEDIATYPE_Video, h264, FORMAT_VideoInfo, H264},
     };
     for (const Row& row : rows) {
         const ZeSourceOffer offer = ZeSourceOfferAt(row.compression, row.position);
