@@ -13,8 +13,6 @@ typedef double REFTIME;
 typedef DWORD_PTR HSEMAPHORE;
 typedef DWORD_PTR HEVENT;
 
-constexpr REFERENCE_TIME MAX_TIME = 0x7FFFFFFFFFFFFFFFLL;
-
 // The timeout that never ends (IMediaFilter::GetState, waits); a macro, as in the SDK.
 #ifndef INFINITE
 #define INFINITE 0xFFFFFFFFu

@@ -3,6 +3,7 @@
 
 #include "dshow/baseclasses/base_filter.h"
 #include "dshow/baseclasses/media_type.h"
+#include "dshow/baseclasses/ref_time.h"
 #include "dshow/baseclasses/wide_name.h"
 
 // Lifetime: a pin lives as long as its filter and counts its references on the filter.

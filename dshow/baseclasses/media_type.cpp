@@ -1,6 +1,7 @@
 // Media type ownership rules and the partial-match rule used in connection negotiation.
 #include "dshow/baseclasses/media_type.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 

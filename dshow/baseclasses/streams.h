@@ -14,6 +14,7 @@
 #include "dshow/baseclasses/media_type.h"
 #include "dshow/baseclasses/output_pin.h"
 #include "dshow/baseclasses/pin_enumerators.h"
+#include "dshow/baseclasses/ref_time.h"
 #include "dshow/baseclasses/renderer.h"
 #include "dshow/baseclasses/transform_filter.h"
 #include "dshow/baseclasses/unknown.h"
