@@ -27,7 +27,6 @@ protected:
     void SetUp() override
     {
         ReportedTest::SetUp();
-        m_objectsBefore = CBaseObject::ObjectsActive();
         ZeSetDataLengthFlag(false);
         ZeSetCurrentFrameSize(0);
     }
@@ -35,8 +34,7 @@ protected:
     {
         ZeSetDataLengthFlag(false);
         ZeSetCurrentFrameSize(0);
-        // Filters, pins, allocators, samples and enumerators all went with their last reference.
-        EXPECT_EQ(CBaseObject::ObjectsActive(), m_objectsBefore);
+        ExpectAllObjectsGone();
         ReportedTest::TearDown();
     }
 
@@ -66,8 +64,6 @@ protected:
         if (FAILED(hr)) return hr;
         return source->Decode();
     }
-
-    LONG m_objectsBefore = 0;
 };
 
 TEST_F(GraphConnectionTest, SourceDeliversStampedSamplesOfTheFrameSize)

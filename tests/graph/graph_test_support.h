@@ -26,11 +26,15 @@ inline const std::string kInvalidArg = "[80070057] one or more arguments are inv
 inline const std::string kFail = "[80004005] general access denied error";
 inline const std::string kOutOfMemory = "[8007000e] out of memory";
 
-// Every test starts with an empty report list and no context.
+// Every test starts with an empty report list and no context, and ends, once it has let go of its
+// filters, with as many base-class objects alive as before it began.
 class ReportedTest : public ::testing::Test {
 protected:
+    ReportedTest() : m_objectsBefore(CBaseObject::ObjectsActive()) {}
     void SetUp() override { SetErrorContext(""); }
     void TearDown() override { SetErrorContext(""); }
+    // Filters, pins, allocators, samples and enumerators all went with their last reference.
+    void ExpectAllObjectsGone() const { EXPECT_EQ(CBaseObject::ObjectsActive(), m_objectsBefore); }
     // The lines reported since the last call, which empties the list.
     static std::vector<std::string> TakeReports()
     {
@@ -38,6 +42,8 @@ protected:
         SetErrorContext("");
         return lines;
     }
+
+    const LONG m_objectsBefore;
 };
 
 inline BITMAPINFOHEADER Bitmap(LONG width, LONG height, WORD bitCount, DWORD compression, DWORD sizeImage = 0)

@@ -26,6 +26,13 @@ public:
         ASSERT_TRUE(m_render);
         m_filter = static_cast<CZEVideoRenderFilter*>(m_render.get());
     }
+    void TearDown() override
+    {
+        m_filter = nullptr;
+        m_render.reset();
+        ExpectAllObjectsGone();
+        ReportedTest::TearDown();
+    }
 
     // The header of the current target buffer (it must exist).
     BITMAPINFOHEADER TargetHeader()

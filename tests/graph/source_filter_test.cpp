@@ -26,6 +26,14 @@ public:
         m_pin = static_cast<CZEVideoSourceOutputPin*>(m_filter->GetPin(0));
         ASSERT_NE(m_pin, nullptr);
     }
+    void TearDown() override
+    {
+        m_pin = nullptr;
+        m_filter = nullptr;
+        m_source.reset();
+        ExpectAllObjectsGone();
+        ReportedTest::TearDown();
+    }
 
     // Every type the pin offers, through its IPin enumerator.
     std::vector<CMediaType> Offered()
