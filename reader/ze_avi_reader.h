@@ -109,7 +109,6 @@ private:
     HRESULT GetRawSampleLocked(DWORD kind, DWORD timeFormat, LONGLONG time, BYTE** out, DWORD* outSize);
     HRESULT ExchangeGet(DWORD paramId, DWORD stream, DWORD item, ZeExchangeValue* value);
     HRESULT ExchangeSet(DWORD paramId, DWORD valueType, DWORD cbValue, const void* value);
-    HRESULT ExchangeCamera(DWORD row, DWORD frame, ZeExchangeValue* value);
     HRESULT ExchangeFrame(DWORD frame, const uint8_t** data, uint64_t* bytes);
     // The parser; throws std::bad_alloc when it could not be created with the object.
     CZeReaderSource& Src();

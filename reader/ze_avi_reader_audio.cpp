@@ -1,6 +1,6 @@
 // IZEBasicAudioReader: PCM audio of the file by sample position, straight from the parser's sample
 // access.
-#include <cstring>
+#include <optional>
 #include <vector>
 
 #include "reader/ze_avi_reader_internal.h"
@@ -62,18 +62,17 @@ HRESULT STDMETHODCALLTYPE CZEAviReader::GetReaderInfo(ZeReaderInfo* info, void*)
     LockGuard lock(*this);
     return Guarded("GetReaderInfo", [&] {
         CZeReaderSource& source = Src();
-        const CZeAviStreamList* audio = source.FirstAudio();
+        const std::optional<ZeXpStreamHeader> header = source.AudioHeader();
         const WAVEFORMATEX* format = source.AudioFormat();
         // Without audio the record stays as the host passed it.
-        if (!audio || !format) return S_OK;
-        const CZeAviStreamHeader& header = audio->GetHeader();
-        const uint32_t scale = header.GetScale() != 0 ? header.GetScale() : 1;
+        if (!header || !format) return S_OK;
+        const uint32_t scale = header->dwScale != 0 ? header->dwScale : 1;
         info->kind = kReaderInfoKind;
         info->version = kReaderInfoVersion;
-        info->streamFlags = header.GetFlags();
+        info->streamFlags = header->dwFlags;
         info->sampleKind = kReaderInfoSampleKind;
-        info->length = header.GetLength();
-        info->bitRatePerChannel = static_cast<uint32_t>(format->wBitsPerSample) * (header.GetRate() / scale);
+        info->length = header->dwLength;
+        info->bitRatePerChannel = static_cast<uint32_t>(format->wBitsPerSample) * (header->dwRate / scale);
         ze_reader::CopyWaveFields(*format, info);
         info->cbExtra = format->cbSize;
         return S_OK;

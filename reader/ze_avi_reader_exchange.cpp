@@ -2,7 +2,12 @@
 // indexes, DV parameters, recording dates and camera values of single frames) and the colour
 // formats, and sets the colour format choice. The parameters and records are described in
 // reader/api/ze_exchange.h. These methods take no object lock.
+//
+// Every parameter is one row of kParams: its name, value type, the scope that decides whether it is
+// available and how many items there are, the size rule its Get buffer must meet, and its writer.
+// Check describes a row; Get checks the same facts and runs the row's writer.
 #include <cstring>
+#include <functional>
 #include <string>
 
 #include "dv/ze_dv_camera_values.h"
@@ -36,170 +41,231 @@ bool IsColorFormat(const GUID& subtype) {
     return false;
 }
 
-// What the exchange knows about one parameter for the open file.
-struct ParamFacts {
-    HRESULT state = E_INVALIDARG;  // S_OK when Get can answer, else the code Get gives
-    uint32_t type = ZE_XT_NONE;
-    uint32_t bytes = 0;            // exact size, or the least size for text, bytes and index entries
-    bool atLeast = false;          // bytes is a lower bound
-    uint32_t count = 1;
-    std::string name;
+// One Check or Get: the open file, the arguments, and (for Get) the host's descriptor.
+struct Ask {
+    CZeReaderSource& source;
+    uint32_t id;
+    uint32_t stream;
+    uint32_t item;
+    bool parsed;
+    bool streamExists;  // the file is parsed and has stream `stream`
+    ZeExchangeValue* value;
+    const GUID* preferredSubtype;
+    const GUID* yuvSubtype;
+    // The stored bytes of DV frame `item`, through the object's frame cache.
+    std::function<HRESULT(const uint8_t** data, uint64_t* bytes)> frame;
+    uint32_t items = 1;  // items a writer wrote
 };
 
-bool IsCameraParam(uint32_t id) { return id >= ZE_XP_CAMERA_FIRST && id < ZE_XP_CAMERA_FIRST + ZE_XP_CAMERA_ROWS; }
+// What decides whether a value exists and how many items it has.
+enum class Scope {
+    Always,       // colour format settings: 1 item
+    File,         // needs a parsed file: 1 item
+    Stream,       // needs stream `stream`: one item per stream
+    IndexEntry,   // needs entry `item` of stream `stream`: one item per entry
+    DV,           // needs a parsed DV file: 1 item
+    DVFrame,      // needs frame `item` of a DV file: one item per frame
+    CameraFrame,  // as DVFrame, one item per camera row
+    ColorFormat,  // needs colour format `item`: one item per format
+};
 
-const ZeDV::CameraValue* CameraRow(uint32_t id) {
-    const size_t row = id - ZE_XP_CAMERA_FIRST;
-    return row < ZeDV::CameraValueCount() ? &ZeDV::CameraValueAt(row) : nullptr;
+// How the host's buffer size must compare with the value's size.
+enum class SizeRule {
+    Exactly,
+    AtLeast,     // text, byte blocks and index entries
+    ByAccessor,  // the camera accessor checks and fills the whole descriptor itself
+};
+
+struct Param {
+    uint32_t id;
+    const char* name;  // null: the name of the camera accessor the identifier selects
+    uint32_t type;
+    Scope scope;
+    SizeRule rule;
+    uint32_t (*bytes)(const Ask&);
+    HRESULT (*write)(Ask&);
+    uint32_t ids = 1;  // consecutive identifiers the row stands for
+};
+
+template <uint32_t N>
+uint32_t Fixed(const Ask&) {
+    return N;
 }
 
-void CopyStreamHeader(const CZeAviStreamHeader& from, ZeXpStreamHeader* to) {
-    std::memset(to, 0, sizeof(*to));
-    to->fccType = from.GetFccType();
-    to->fccHandler = from.GetFccHandler();
-    to->dwFlags = from.GetFlags();
-    to->wPriority = from.GetPriority();
-    to->wLanguage = from.GetLanguage();
-    to->dwInitialFrames = from.GetInitialFrames();
-    to->dwScale = from.GetScale();
-    to->dwRate = from.GetRate();
-    to->dwStart = from.GetStart();
-    to->dwLength = from.GetLength();
-    to->dwSuggestedBufferSize = from.GetSuggestedBufferSize();
-    to->dwQuality = from.GetQuality();
-    to->dwSampleSize = from.GetSampleSize();
-    to->rcFrameLeft = from.GetFrame().left;
-    to->rcFrameTop = from.GetFrame().top;
-    to->rcFrameRight = from.GetFrame().right;
-    to->rcFrameBottom = from.GetFrame().bottom;
+uint32_t TextBytes(const std::string& text) { return static_cast<uint32_t>(text.size() + 1); }
+
+uint32_t FormatBytes(const Ask& a) {
+    uint32_t bytes = 0;
+    if (a.streamExists) a.source.StreamFormat(a.stream, &bytes);
+    return bytes;
 }
 
-// The stored bytes of a stream's format block: the bitmap or wave header with what follows it, or
-// the words of a DV info block.
-const void* FormatBytes(const CZeAviStreamFormat& format, uint32_t* bytes) {
-    if (format.GetFormatType() == CZeAviStreamFormat::kDVInfo && format.GetDVInfo()) {
-        *bytes = ze_avi_dv_info_ex::kWordCount * 4;
-        return format.GetDVInfo()->Words();
-    }
-    *bytes = format.GetFormat() ? format.GetFormatBytes() : 0;
-    return format.GetFormat();
-}
-
-ParamFacts Facts(CZeReaderSource& source, uint32_t id, uint32_t stream, uint32_t item) {
-    ParamFacts f;
-    const bool parsed = source.IsParsed();
-    const CZeAviStreamList* list = parsed ? source.Stream(stream) : nullptr;
-    const HRESULT fileState = parsed ? S_OK : E_AVI_PARSE;
-    const HRESULT streamState = !parsed ? E_AVI_PARSE : (list ? S_OK : E_AVI_STREAMINDEX);
-    const uint32_t streamCount = parsed ? static_cast<uint32_t>(source.File().GetStreams().size()) : 0;
-    const uint64_t frames = parsed ? source.VideoFrameCount() : 0;
-    const HRESULT dvState = !parsed ? E_AVI_PARSE : (source.IsDvVideo() ? S_OK : E_AVI_NOVALIDFILE);
-    const HRESULT dvFrameState = dvState != S_OK ? dvState : (item < frames ? S_OK : E_INVALIDARG);
-
-    auto set = [&f](HRESULT state, uint32_t type, uint32_t bytes, const char* name, uint32_t count = 1,
-                    bool atLeast = false) {
-        f.state = state;
-        f.type = type;
-        f.bytes = bytes;
-        f.name = name;
-        f.count = count;
-        f.atLeast = atLeast;
-    };
-
-    if (IsCameraParam(id)) {
-        const ZeDV::CameraValue* row = CameraRow(id);
-        if (!row) return f;
-        set(dvFrameState, ZE_XT_UINT32, 4, row->name, ZE_XP_CAMERA_ROWS);
-        return f;
-    }
-    switch (id) {
-    case ZE_XP_FILE_PATH:
-        set(fileState, ZE_XT_TEXT, static_cast<uint32_t>(source.File().GetFileName().size() + 1), "FilePath", 1,
-            true);
-        break;
-    case ZE_XP_STREAM_COUNT:
-        set(fileState, ZE_XT_UINT32, 4, "StreamCount");
-        break;
-    case ZE_XP_MAIN_HEADER:
-        set(fileState, ZE_XT_RECORD, sizeof(ZeXpMainHeader), "MainHeader");
-        break;
-    case ZE_XP_STREAM_HEADER:
-        set(streamState, ZE_XT_RECORD, sizeof(ZeXpStreamHeader), "StreamHeader", streamCount);
-        break;
-    case ZE_XP_STREAM_FORMAT: {
-        uint32_t bytes = 0;
-        if (list) FormatBytes(list->GetFormat(), &bytes);
-        set(streamState == S_OK && bytes == 0 ? E_AVI_VIDEOFORMATHEADER : streamState, ZE_XT_BYTES, bytes,
-            "StreamFormat", streamCount, true);
-        break;
-    }
-    case ZE_XP_STREAM_FORMAT_TYPE:
-        set(streamState, ZE_XT_UINT32, 4, "StreamFormatType", streamCount);
-        break;
-    case ZE_XP_STREAM_NAME:
-        set(streamState, ZE_XT_TEXT, list ? static_cast<uint32_t>(list->GetStreamName().size() + 1) : 1,
-            "StreamName", streamCount, true);
-        break;
-    case ZE_XP_INDEX_COUNT:
-        set(streamState, ZE_XT_UINT32, 4, "IndexCount", streamCount);
-        break;
-    case ZE_XP_INDEX_ENTRIES: {
-        const uint32_t entries = list ? static_cast<uint32_t>(list->GetIndexList().GetCount()) : 0;
-        const HRESULT state = streamState != S_OK ? streamState : (item < entries ? S_OK : E_INVALIDARG);
-        set(state, ZE_XT_RECORD, sizeof(ZeXpIndexEntry), "IndexEntries", entries, true);
-        break;
-    }
-    case ZE_XP_STREAM_ROLES:
-        set(fileState, ZE_XT_RECORD, sizeof(ZeXpStreamRoles), "StreamRoles");
-        break;
-    case ZE_XP_FRAME_COUNT:
-        set(fileState, ZE_XT_UINT32, 4, "FrameCount");
-        break;
-    case ZE_XP_DV_VIDEO_PARAMS:
-        set(dvState, ZE_XT_RECORD, sizeof(ZeXpDVVideoParams), "DVVideoParams");
-        break;
-    case ZE_XP_DV_AUDIO_PARAMS:
-        set(dvState, ZE_XT_RECORD, sizeof(ZeXpDVAudioParams), "DVAudioParams");
-        break;
-    case ZE_XP_DV_RECORDING_TEXT:
-        set(dvFrameState, ZE_XT_TEXT, ZeDV::kDateTimeTextSize, "RecordingDateTime",
-            static_cast<uint32_t>(frames), true);
-        break;
-    case ZE_XP_DV_TIMESTAMP:
-        set(dvFrameState, ZE_XT_RECORD, sizeof(ZeXpDVTimestamp), "Timestamp", static_cast<uint32_t>(frames));
-        break;
-    case ZE_XP_COLOR_FORMAT_COUNT:
-        set(S_OK, ZE_XT_UINT32, 4, "ColorFormatCount");
-        break;
-    case ZE_XP_COLOR_FORMAT_NAME:
-        set(item < kColorFormatCount ? S_OK : E_INVALIDARG, ZE_XT_TEXT,
-            item < kColorFormatCount ? static_cast<uint32_t>(std::strlen(kColorFormats[item].name) + 1) : 1,
-            "ColorFormatName", kColorFormatCount, true);
-        break;
-    case ZE_XP_COLOR_FORMAT_SUBTYPE:
-        set(item < kColorFormatCount ? S_OK : E_INVALIDARG, ZE_XT_GUID, sizeof(GUID), "ColorFormatSubtype",
-            kColorFormatCount);
-        break;
-    case ZE_XP_PREFERRED_COLOR_FORMAT:
-        set(S_OK, ZE_XT_GUID, sizeof(GUID), "PreferredColorFormat");
-        break;
-    case ZE_XP_YUV_COLOR_FORMAT:
-        set(S_OK, ZE_XT_GUID, sizeof(GUID), "YuvColorFormat");
-        break;
-    default:
-        break;
-    }
-    return f;
-}
-
-void PutText(ZeExchangeValue* value, const char* text) {
-    const size_t bytes = std::strlen(text) + 1;
-    std::memcpy(value->pValue, text, bytes);
+HRESULT PutText(Ask& a, const char* text) {
+    std::memcpy(a.value->pValue, text, std::strlen(text) + 1);
+    return S_OK;
 }
 
 template <class T>
-void Put(ZeExchangeValue* value, const T& data) {
-    std::memcpy(value->pValue, &data, sizeof(T));
+HRESULT Put(Ask& a, const T& data) {
+    std::memcpy(a.value->pValue, &data, sizeof(T));
+    return S_OK;
+}
+
+// As many entries from `item` on as the buffer holds.
+HRESULT WriteIndexEntries(Ask& a) {
+    const uint64_t room = a.value->cbValue / sizeof(ZeXpIndexEntry);
+    const uint64_t left = a.source.IndexCount(a.stream) - a.item;
+    a.items = static_cast<uint32_t>(room < left ? room : left);
+    auto* out = static_cast<ZeXpIndexEntry*>(a.value->pValue);
+    for (uint32_t i = 0; i < a.items; ++i) {
+        const ZeXpIndexEntry row = a.source.IndexRow(a.stream, a.item + i);
+        std::memcpy(out + i, &row, sizeof(row));
+    }
+    return S_OK;
+}
+
+HRESULT WriteRecordingText(Ask& a) {
+    const uint8_t* frame = nullptr;
+    uint64_t bytes = 0;
+    const HRESULT hr = a.frame(&frame, &bytes);
+    if (FAILED(hr)) return hr;
+    char text[ZeDV::kDateTimeTextSize] = {};
+    // A frame without date and time packs has no text: E_ABORT, as for camera values.
+    if (!ZeDV::BuildRecordingDateTimeText(frame, bytes, text)) return E_ABORT;
+    return PutText(a, text);
+}
+
+HRESULT WriteTimestamp(Ask& a) {
+    const uint8_t* frame = nullptr;
+    uint64_t bytes = 0;
+    const HRESULT hr = a.frame(&frame, &bytes);
+    if (FAILED(hr)) return hr;
+    ZeDV::ZeDVTimestamp stamp{};
+    const HRESULT decoded = ZeDV::DecodeTimestamp(frame, bytes, &stamp);
+    if (FAILED(decoded)) return decoded;
+    return Put(a, ZeXpDVTimestamp{stamp.seconds, stamp.minutes, stamp.hours, stamp.day, stamp.month, stamp.year});
+}
+
+// One camera value of a DV frame through its accessor. The accessor checks the descriptor and reports
+// its own failures; a frame without the pack gives E_ABORT with the descriptor zeroed, unreported.
+HRESULT WriteCamera(Ask& a) {
+    const uint8_t* frame = nullptr;
+    uint64_t bytes = 0;
+    const HRESULT read = a.frame(&frame, &bytes);
+    if (FAILED(read)) return read;
+    ZeExchangeValue* value = a.value;
+    ZeDV::CameraValueDescriptor descriptor{value->cbStruct, value->cbValue,   value->valueType,
+                                           value->paramId,  value->itemCount, static_cast<uint32_t*>(value->pValue)};
+    const HRESULT hr =
+        ZeDV::GetCameraValue(ZeDV::CameraValueAt(a.id - ZE_XP_CAMERA_FIRST), frame, bytes, &descriptor);
+    value->cbStruct = descriptor.word0;
+    value->cbValue = descriptor.size;
+    value->valueType = descriptor.type;
+    value->paramId = descriptor.parameterId;
+    value->itemCount = SUCCEEDED(hr) ? 1 : descriptor.word4;
+    value->pValue = descriptor.result;
+    return hr;
+}
+
+using Rule = SizeRule;
+const Param kParams[] = {
+    {ZE_XP_FILE_PATH, "FilePath", ZE_XT_TEXT, Scope::File, Rule::AtLeast,
+     [](const Ask& a) { return TextBytes(a.source.FileName()); },
+     [](Ask& a) { return PutText(a, a.source.FileName().c_str()); }},
+    {ZE_XP_STREAM_COUNT, "StreamCount", ZE_XT_UINT32, Scope::File, Rule::Exactly, Fixed<4>,
+     [](Ask& a) { return Put(a, a.source.StreamCount()); }},
+    {ZE_XP_MAIN_HEADER, "MainHeader", ZE_XT_RECORD, Scope::File, Rule::Exactly, Fixed<sizeof(ZeXpMainHeader)>,
+     [](Ask& a) { return Put(a, a.source.MainHeader()); }},
+    {ZE_XP_STREAM_HEADER, "StreamHeader", ZE_XT_RECORD, Scope::Stream, Rule::Exactly, Fixed<sizeof(ZeXpStreamHeader)>,
+     [](Ask& a) { return Put(a, *a.source.StreamHeader(a.stream)); }},
+    {ZE_XP_STREAM_FORMAT, "StreamFormat", ZE_XT_BYTES, Scope::Stream, Rule::AtLeast, FormatBytes,
+     [](Ask& a) {
+         uint32_t bytes = 0;
+         const void* data = a.source.StreamFormat(a.stream, &bytes);
+         std::memcpy(a.value->pValue, data, bytes);
+         return S_OK;
+     }},
+    {ZE_XP_STREAM_FORMAT_TYPE, "StreamFormatType", ZE_XT_UINT32, Scope::Stream, Rule::Exactly, Fixed<4>,
+     [](Ask& a) { return Put(a, a.source.StreamFormatType(a.stream)); }},
+    {ZE_XP_STREAM_NAME, "StreamName", ZE_XT_TEXT, Scope::Stream, Rule::AtLeast,
+     [](const Ask& a) { return a.streamExists ? TextBytes(a.source.StreamName(a.stream)) : 1u; },
+     [](Ask& a) { return PutText(a, a.source.StreamName(a.stream).c_str()); }},
+    {ZE_XP_INDEX_COUNT, "IndexCount", ZE_XT_UINT32, Scope::Stream, Rule::Exactly, Fixed<4>,
+     [](Ask& a) { return Put(a, static_cast<uint32_t>(a.source.IndexCount(a.stream))); }},
+    {ZE_XP_INDEX_ENTRIES, "IndexEntries", ZE_XT_RECORD, Scope::IndexEntry, Rule::AtLeast,
+     Fixed<sizeof(ZeXpIndexEntry)>, WriteIndexEntries},
+    {ZE_XP_STREAM_ROLES, "StreamRoles", ZE_XT_RECORD, Scope::File, Rule::Exactly, Fixed<sizeof(ZeXpStreamRoles)>,
+     [](Ask& a) { return Put(a, a.source.Roles()); }},
+    {ZE_XP_FRAME_COUNT, "FrameCount", ZE_XT_UINT32, Scope::File, Rule::Exactly, Fixed<4>,
+     [](Ask& a) { return Put(a, static_cast<uint32_t>(a.source.VideoFrameCount())); }},
+    {ZE_XP_DV_VIDEO_PARAMS, "DVVideoParams", ZE_XT_RECORD, Scope::DV, Rule::Exactly, Fixed<sizeof(ZeXpDVVideoParams)>,
+     [](Ask& a) { return Put(a, a.source.DVVideoParams()); }},
+    {ZE_XP_DV_AUDIO_PARAMS, "DVAudioParams", ZE_XT_RECORD, Scope::DV, Rule::Exactly, Fixed<sizeof(ZeXpDVAudioParams)>,
+     [](Ask& a) { return Put(a, a.source.DVAudioParams()); }},
+    {ZE_XP_DV_RECORDING_TEXT, "RecordingDateTime", ZE_XT_TEXT, Scope::DVFrame, Rule::AtLeast,
+     Fixed<ZeDV::kDateTimeTextSize>, WriteRecordingText},
+    {ZE_XP_DV_TIMESTAMP, "Timestamp", ZE_XT_RECORD, Scope::DVFrame, Rule::Exactly, Fixed<sizeof(ZeXpDVTimestamp)>,
+     WriteTimestamp},
+    {ZE_XP_COLOR_FORMAT_COUNT, "ColorFormatCount", ZE_XT_UINT32, Scope::Always, Rule::Exactly, Fixed<4>,
+     [](Ask& a) { return Put(a, kColorFormatCount); }},
+    {ZE_XP_COLOR_FORMAT_NAME, "ColorFormatName", ZE_XT_TEXT, Scope::ColorFormat, Rule::AtLeast,
+     [](const Ask& a) {
+         return a.item < kColorFormatCount ? static_cast<uint32_t>(std::strlen(kColorFormats[a.item].name) + 1) : 1u;
+     },
+     [](Ask& a) { return PutText(a, kColorFormats[a.item].name); }},
+    {ZE_XP_COLOR_FORMAT_SUBTYPE, "ColorFormatSubtype", ZE_XT_GUID, Scope::ColorFormat, Rule::Exactly,
+     Fixed<sizeof(GUID)>, [](Ask& a) { return Put(a, *kColorFormats[a.item].subtype); }},
+    {ZE_XP_PREFERRED_COLOR_FORMAT, "PreferredColorFormat", ZE_XT_GUID, Scope::Always, Rule::Exactly,
+     Fixed<sizeof(GUID)>, [](Ask& a) { return Put(a, *a.preferredSubtype); }},
+    {ZE_XP_YUV_COLOR_FORMAT, "YuvColorFormat", ZE_XT_GUID, Scope::Always, Rule::Exactly, Fixed<sizeof(GUID)>,
+     [](Ask& a) { return Put(a, *a.yuvSubtype); }},
+    {ZE_XP_CAMERA_FIRST, nullptr, ZE_XT_UINT32, Scope::CameraFrame, Rule::ByAccessor, Fixed<4>, WriteCamera,
+     ZE_XP_CAMERA_ROWS},
+};
+
+// The row of identifier `id`; null when no row has it (camera rows beyond the accessor table included).
+const Param* FindParam(uint32_t id) {
+    for (const Param& p : kParams) {
+        if (id < p.id || id - p.id >= p.ids) continue;
+        if (!p.name && id - p.id >= ZeDV::CameraValueCount()) return nullptr;
+        return &p;
+    }
+    return nullptr;
+}
+
+// What a row is for the open file and the asked stream and item.
+struct Facts {
+    HRESULT state;  // S_OK when Get can answer, else the code Get gives
+    uint32_t bytes;
+    uint32_t count;
+    const char* name;
+};
+
+Facts Describe(const Param& p, const Ask& a) {
+    const HRESULT fileState = a.parsed ? S_OK : E_AVI_PARSE;
+    const HRESULT streamState = !a.parsed ? E_AVI_PARSE : (a.streamExists ? S_OK : E_AVI_STREAMINDEX);
+    const HRESULT dvState = !a.parsed ? E_AVI_PARSE : (a.source.IsDvVideo() ? S_OK : E_AVI_NOVALIDFILE);
+    const uint32_t streams = a.parsed ? a.source.StreamCount() : 0;
+    const uint64_t frames = a.parsed ? a.source.VideoFrameCount() : 0;
+    const uint32_t entries = a.streamExists ? static_cast<uint32_t>(a.source.IndexCount(a.stream)) : 0;
+    const auto within = [&](HRESULT state, uint64_t count) {
+        return state != S_OK ? state : (a.item < count ? S_OK : E_INVALIDARG);
+    };
+
+    Facts f{S_OK, p.bytes(a), 1, p.name ? p.name : ZeDV::CameraValueAt(a.id - p.id).name};
+    switch (p.scope) {
+    case Scope::Always: break;
+    case Scope::File: f.state = fileState; break;
+    case Scope::Stream: f.state = streamState, f.count = streams; break;
+    case Scope::IndexEntry: f.state = within(streamState, entries), f.count = entries; break;
+    case Scope::DV: f.state = dvState; break;
+    case Scope::DVFrame: f.state = within(dvState, frames), f.count = static_cast<uint32_t>(frames); break;
+    case Scope::CameraFrame: f.state = within(dvState, frames), f.count = ZE_XP_CAMERA_ROWS; break;
+    case Scope::ColorFormat: f.state = within(S_OK, kColorFormatCount), f.count = kColorFormatCount; break;
+    }
+    // A stream without a format block has no format bytes to give.
+    if (f.state == S_OK && f.bytes == 0) f.state = E_AVI_VIDEOFORMATHEADER;
+    return f;
 }
 
 }  // namespace
@@ -207,16 +273,22 @@ void Put(ZeExchangeValue* value, const T& data) {
 HRESULT STDMETHODCALLTYPE CZEAviReader::Check(DWORD paramId, DWORD stream, DWORD item, DWORD* available,
                                               DWORD* valueType, DWORD* cbValue, DWORD* count, char** name, void*) {
     return Guarded(kCheck, [&] {
-        const ParamFacts f = Facts(Src(), paramId, stream, item);
-        if (f.type == ZE_XT_NONE) return Report(kCheck, E_INVALIDARG);
+        CZeReaderSource& source = Src();
+        const Param* p = FindParam(paramId);
+        if (!p) return Report(kCheck, E_INVALIDARG);
+        const bool parsed = source.IsParsed();
+        const Ask ask{source, paramId, stream, item, parsed, parsed && source.HasStream(stream), nullptr,
+                      nullptr, nullptr, nullptr};
+        const Facts f = Describe(*p, ask);
         if (available) *available = f.state == S_OK ? 1 : 0;
-        if (valueType) *valueType = f.type;
+        if (valueType) *valueType = p->type;
         if (cbValue) *cbValue = f.bytes;
         if (count) *count = f.count;
         if (name) {
-            *name = static_cast<char*>(CoTaskMemAlloc(f.name.size() + 1));
+            const size_t bytes = std::strlen(f.name) + 1;
+            *name = static_cast<char*>(CoTaskMemAlloc(bytes));
             if (!*name) return Report(kCheck, E_OUTOFMEMORY);
-            std::memcpy(*name, f.name.c_str(), f.name.size() + 1);
+            std::memcpy(*name, f.name, bytes);
         }
         return S_OK;
     });
@@ -229,169 +301,30 @@ HRESULT STDMETHODCALLTYPE CZEAviReader::Get(DWORD paramId, DWORD stream, DWORD i
 
 HRESULT CZEAviReader::ExchangeGet(DWORD paramId, DWORD stream, DWORD item, ZeExchangeValue* value) {
     CZeReaderSource& source = Src();
-    const ParamFacts f = Facts(source, paramId, stream, item);
-    if (f.type == ZE_XT_NONE) return Report(kGet, E_INVALIDARG);
+    const Param* p = FindParam(paramId);
+    if (!p) return Report(kGet, E_INVALIDARG);
+    const bool parsed = source.IsParsed();
+    Ask ask{source,
+            paramId,
+            stream,
+            item,
+            parsed,
+            parsed && source.HasStream(stream),
+            value,
+            &m_preferredSubtype,
+            &m_yuvSubtype,
+            [this, item](const uint8_t** data, uint64_t* bytes) { return ExchangeFrame(item, data, bytes); }};
+    const Facts f = Describe(*p, ask);
     if (f.state != S_OK) return Report(kGet, f.state);
-
-    if (IsCameraParam(paramId)) return ExchangeCamera(paramId - ZE_XP_CAMERA_FIRST, item, value);
-
-    if (f.atLeast ? value->cbValue < f.bytes : value->cbValue != f.bytes) return Report(kGet, E_INVALIDARG);
-
-    uint32_t items = 1;
-    const CZeAviStreamList* list = source.Stream(stream);
-    switch (paramId) {
-    case ZE_XP_FILE_PATH:
-        PutText(value, source.File().GetFileName().c_str());
-        break;
-    case ZE_XP_STREAM_COUNT:
-        Put(value, static_cast<uint32_t>(source.File().GetStreams().size()));
-        break;
-    case ZE_XP_MAIN_HEADER: {
-        const CZeAviHeader& h = source.File().GetHeader();
-        ZeXpMainHeader record{h.GetMicroSecPerFrame(), h.GetMaxBytesPerSec(), h.GetPaddingGranularity(),
-                              h.GetFlags(), h.GetTotalFrames(), h.GetInitialFrames(), h.GetStreams(),
-                              h.GetSuggestedBufferSize(), h.GetWidth(), h.GetHeight(),
-                              {h.GetReserved(0), h.GetReserved(1), h.GetReserved(2), h.GetReserved(3)}};
-        Put(value, record);
-        break;
-    }
-    case ZE_XP_STREAM_HEADER: {
-        ZeXpStreamHeader record;
-        CopyStreamHeader(list->GetHeader(), &record);
-        Put(value, record);
-        break;
-    }
-    case ZE_XP_STREAM_FORMAT: {
-        uint32_t bytes = 0;
-        const void* data = FormatBytes(list->GetFormat(), &bytes);
-        std::memcpy(value->pValue, data, bytes);
-        break;
-    }
-    case ZE_XP_STREAM_FORMAT_TYPE:
-        Put(value, list->GetFormat().GetFormatType());
-        break;
-    case ZE_XP_STREAM_NAME:
-        PutText(value, list->GetStreamName().c_str());
-        break;
-    case ZE_XP_INDEX_COUNT:
-        Put(value, static_cast<uint32_t>(list->GetIndexList().GetCount()));
-        break;
-    case ZE_XP_INDEX_ENTRIES: {
-        const CZeAviIndexListChunk& index = list->GetIndexList();
-        const uint64_t room = value->cbValue / sizeof(ZeXpIndexEntry);
-        const uint64_t left = index.GetCount() - item;
-        items = static_cast<uint32_t>(room < left ? room : left);
-        auto* out = static_cast<ZeXpIndexEntry*>(value->pValue);
-        for (uint32_t i = 0; i < items; ++i) {
-            const CZeAviIndexChunk& entry = index.At(item + i);
-            ZeXpIndexEntry record{};
-            record.ckid = entry.GetChunkId();
-            record.dwFlags = entry.GetFlags();
-            record.qwOffset = entry.GetOffset();
-            record.dwSize = entry.GetSize();
-            record.qwPosition = entry.GetPosition();
-            std::memcpy(out + i, &record, sizeof(record));
-        }
-        break;
-    }
-    case ZE_XP_STREAM_ROLES: {
-        const CZeAviFile& file = source.File();
-        const ZeXpStreamRoles roles{static_cast<int32_t>(file.GetFirstVideoStream()),
-                                    static_cast<int32_t>(file.GetSecondVideoStream()),
-                                    static_cast<int32_t>(file.GetFirstAudioStream()), file.GetSkippedStreams()};
-        Put(value, roles);
-        break;
-    }
-    case ZE_XP_FRAME_COUNT:
-        Put(value, static_cast<uint32_t>(source.VideoFrameCount()));
-        break;
-    case ZE_XP_DV_VIDEO_PARAMS: {
-        const ZeDVVideoParams& p = source.DVVideoParams();
-        ZeXpDVVideoParams record{};
-        record.sixtyFields = p.sixtyFields;
-        record.displayCode = p.displayCode;
-        record.interlaceCode = p.interlaceCode;
-        record.compressionCode = p.compressionCode;
-        record.recordingStartCode = p.recordingStartCode;
-        record.aspectRatio = p.aspectRatio;
-        std::memcpy(record.recordingDateTime, p.recordingDateTime, sizeof(record.recordingDateTime));
-        record.recordingDateTime[sizeof(record.recordingDateTime) - 1] = '\0';
-        Put(value, record);
-        break;
-    }
-    case ZE_XP_DV_AUDIO_PARAMS: {
-        const ZeDVAudioParams& p = source.DVAudioParams();
-        ZeXpDVAudioParams record{};
-        record.sampleRate = p.sampleRate;
-        record.bitsPerSample = p.bitsPerSample;
-        record.audioModeCode = p.audioModeCode;
-        record.firstChannel = p.firstChannel;
-        record.secondChannel = p.secondChannel;
-        Put(value, record);
-        break;
-    }
-    case ZE_XP_DV_RECORDING_TEXT:
-    case ZE_XP_DV_TIMESTAMP: {
-        const uint8_t* frame = nullptr;
-        uint64_t frameBytes = 0;
-        const HRESULT hr = ExchangeFrame(item, &frame, &frameBytes);
-        if (FAILED(hr)) return hr;
-        if (paramId == ZE_XP_DV_RECORDING_TEXT) {
-            char text[ZeDV::kDateTimeTextSize] = {};
-            // A frame without date and time packs has no text: E_ABORT, as for camera values.
-            if (!ZeDV::BuildRecordingDateTimeText(frame, frameBytes, text)) return E_ABORT;
-            PutText(value, text);
-        } else {
-            ZeDV::ZeDVTimestamp stamp{};
-            const HRESULT decoded = ZeDV::DecodeTimestamp(frame, frameBytes, &stamp);
-            if (FAILED(decoded)) return decoded;
-            const ZeXpDVTimestamp record{stamp.seconds, stamp.minutes, stamp.hours,
-                                         stamp.day,     stamp.month,   stamp.year};
-            Put(value, record);
-        }
-        break;
-    }
-    case ZE_XP_COLOR_FORMAT_COUNT:
-        Put(value, kColorFormatCount);
-        break;
-    case ZE_XP_COLOR_FORMAT_NAME:
-        PutText(value, kColorFormats[item].name);
-        break;
-    case ZE_XP_COLOR_FORMAT_SUBTYPE:
-        Put(value, *kColorFormats[item].subtype);
-        break;
-    case ZE_XP_PREFERRED_COLOR_FORMAT:
-        Put(value, m_preferredSubtype);
-        break;
-    case ZE_XP_YUV_COLOR_FORMAT:
-        Put(value, m_yuvSubtype);
-        break;
-    default:
+    if (p->rule == SizeRule::ByAccessor) return p->write(ask);
+    if (p->rule == SizeRule::AtLeast ? value->cbValue < f.bytes : value->cbValue != f.bytes)
         return Report(kGet, E_INVALIDARG);
-    }
-    value->valueType = f.type;
+    const HRESULT hr = p->write(ask);
+    if (FAILED(hr)) return hr;
+    value->valueType = p->type;
     value->paramId = paramId;
-    value->itemCount = items;
+    value->itemCount = ask.items;
     return S_OK;
-}
-
-// One camera value of a DV frame through its accessor. The accessor checks the descriptor and reports
-// its own failures; a frame without the pack gives E_ABORT with the descriptor zeroed, unreported.
-HRESULT CZEAviReader::ExchangeCamera(DWORD row, DWORD frame, ZeExchangeValue* value) {
-    const uint8_t* data = nullptr;
-    uint64_t bytes = 0;
-    const HRESULT read = ExchangeFrame(frame, &data, &bytes);
-    if (FAILED(read)) return read;
-    ZeDV::CameraValueDescriptor descriptor{value->cbStruct, value->cbValue,   value->valueType,
-                                           value->paramId,  value->itemCount, static_cast<uint32_t*>(value->pValue)};
-    const HRESULT hr = ZeDV::GetCameraValue(ZeDV::CameraValueAt(row), data, bytes, &descriptor);
-    value->cbStruct = descriptor.word0;
-    value->cbValue = descriptor.size;
-    value->valueType = descriptor.type;
-    value->paramId = descriptor.parameterId;
-    value->itemCount = SUCCEEDED(hr) ? 1 : descriptor.word4;
-    value->pValue = descriptor.result;
-    return hr;
 }
 
 // The stored bytes of a DV frame for the exchange, kept until another frame is asked for.

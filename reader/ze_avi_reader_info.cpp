@@ -1,10 +1,13 @@
 // Who the module is, whether it takes a file, and what the file holds: GetModuleInfo, both CheckFile
 // entries and GetStreamInfo.
 #include <cstring>
+#include <optional>
+
+#include "avi/ze_avi_fourcc.h"
 
 #include "reader/ze_avi_reader_internal.h"
 
-using ze_reader::FourCC;
+using ZeAvi::FourCC;
 using ze_reader::Guarded;
 using ze_reader::Report;
 
@@ -68,26 +71,13 @@ HRESULT CZEAviReader::GetStreamInfoLocked(ZeStreamInfo* info) {
     std::memset(info, 0, sizeof(*info));
     info->cbSize = sizeof(ZeStreamInfo);
     info->capabilities = kStreamInfoFlags;
-    info->streamKinds = source.FirstAudio() ? 8 : 1;
+    info->streamKinds = source.AudioHeader() ? 8 : 1;
 
-    const CZeAviStreamList* video = source.FirstVideo();
-    const BITMAPINFOHEADER* bitmap = source.VideoFormat();
-    // An interleaved DV stream carries a DV format block, not a bitmap header: its picture is
-    // described by the stream's frame rectangle (sized from the DV system when the file left it
-    // empty), so that type-1 DV files describe themselves like type-2 ones.
-    BITMAPINFOHEADER dvBitmap{};
-    if (!bitmap && video && video->GetFormat().GetDVInfo()) {
-        const ze_avi_rect& frame = video->GetHeader().GetFrame();
-        dvBitmap.biSize = sizeof(BITMAPINFOHEADER);
-        dvBitmap.biWidth = frame.right - frame.left;
-        dvBitmap.biHeight = frame.bottom - frame.top;
-        dvBitmap.biCompression = video->GetHeader().GetFccHandler();
-        bitmap = &dvBitmap;
-    }
-    const BITMAPINFOHEADER* format = bitmap;
+    const std::optional<ZeXpStreamHeader> header = source.VideoHeader();
+    const std::optional<BITMAPINFOHEADER> picture = source.VideoPicture();
     // A file without video answers E_POINTER: the host treats the record as unusable.
-    if (!video || !format) return Report("GetStreamInfo", E_POINTER);
-    const CZeAviStreamHeader& header = video->GetHeader();
+    if (!header || !picture) return Report("GetStreamInfo", E_POINTER);
+    const BITMAPINFOHEADER* format = &*picture;
 
     if (m_scaleDivisor != 0) {
         info->displayWidth = format->biWidth / m_scaleDivisor;
@@ -95,9 +85,8 @@ HRESULT CZEAviReader::GetStreamInfoLocked(ZeStreamInfo* info) {
     }
     info->width = format->biWidth;
     info->height = format->biHeight;
-    const uint32_t rate = header.GetRate();
-    const uint32_t scale = header.GetScale();
-    if (scale != 0) info->frameRate = static_cast<double>(rate) / static_cast<double>(scale);
+    if (header->dwScale != 0)
+        info->frameRate = static_cast<double>(header->dwRate) / static_cast<double>(header->dwScale);
 
     info->aspectRatio = DisplayAspectRatio();
     if (info->aspectRatio > 0.0) info->capabilities += kAspectKnownFlag;
@@ -125,11 +114,11 @@ double CZEAviReader::DisplayAspectRatio() {
             return kWide;
     }
 
-    const CZeAviStreamList* video = source.FirstVideo();
-    if (!video || video->GetIndexList().IsEmpty()) return 0.0;
+    const uint32_t video = source.VideoStream();
+    if (source.IndexCount(video) == 0) return 0.0;
     uint8_t aspectByte = 0;
     uint64_t bytesRead = 0;
-    const uint64_t position = video->GetIndexList().At(0).GetPosition() + 10;
+    const uint64_t position = source.IndexRow(video, 0).qwPosition + 10;
     if (FAILED(source.ReadAt(position, &aspectByte, 1, &bytesRead)) || bytesRead != 1) return 0.0;
     if (aspectByte == 0x25) return kWide;
     if (aspectByte == 0x15) return kStandard;

@@ -36,13 +36,6 @@ inline uint64_t TruncateToIndex(double value) {
     return static_cast<uint64_t>(value);
 }
 
-inline uint32_t FourCC(const char (&text)[5]) {
-    return static_cast<uint32_t>(static_cast<uint8_t>(text[0])) |
-           static_cast<uint32_t>(static_cast<uint8_t>(text[1])) << 8 |
-           static_cast<uint32_t>(static_cast<uint8_t>(text[2])) << 16 |
-           static_cast<uint32_t>(static_cast<uint8_t>(text[3])) << 24;
-}
-
 // The six WAVEFORMATEX fields that the host records (stream and reader information) repeat.
 template <class Record>
 void CopyWaveFields(const WAVEFORMATEX& format, Record* record) {

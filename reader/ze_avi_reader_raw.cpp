@@ -1,6 +1,7 @@
 // IZERawStream: DV frames and stored audio chunks handed to the host as they are in the file, with a
 // description of the samples as DirectShow buffer properties or media types.
 #include <cstring>
+#include <optional>
 
 #include "reader/ze_avi_reader_internal.h"
 
@@ -29,7 +30,7 @@ HRESULT CZEAviReader::InitRawStreamLocked(LPCSTR path, GUID* selectedSubtype) {
     // Only DV video is handed out raw; the file stays open for the other interfaces.
     if (!source.IsDvVideo()) return Report("InitRawStream", E_INVALIDARG);
     const HRESULT hr = PrepareRawBuffers();
-    if (SUCCEEDED(hr)) m_rawStream = static_cast<int32_t>(source.File().GetFirstVideoStream());
+    if (SUCCEEDED(hr)) m_rawStream = static_cast<int32_t>(source.VideoStream());
     return hr;
 }
 
@@ -37,8 +38,8 @@ HRESULT CZEAviReader::PrepareRawBuffers() {
     CZeReaderSource& source = Src();
     const int32_t frameSize = source.LargestVideoFrameSize();
     if (frameSize <= 0) return Report("InitRawStream", E_FAIL);
-    const CZeAviStreamList* audio = source.FirstAudio();
-    const uint32_t audioSize = audio ? audio->GetHeader().GetSuggestedBufferSize() : 0;
+    const std::optional<ZeXpStreamHeader> audio = source.AudioHeader();
+    const uint32_t audioSize = audio ? audio->dwSuggestedBufferSize : 0;
     try {
         std::vector<uint8_t> frameBuffer(static_cast<size_t>(frameSize), 0);
         auto videoInfo = std::make_unique<ZeRawVideoInfo>();
@@ -73,12 +74,11 @@ HRESULT CZEAviReader::GetRawSamplePropertiesLocked(DWORD kind, DWORD size, void*
     if (!source.IsDvVideo()) return S_OK;
 
     if (kind == ZE_RAW_VIDEO) {
-        const CZeAviStreamList* video = source.FirstVideo();
+        const std::optional<ZeXpStreamHeader> header = source.VideoHeader();
         const BITMAPINFOHEADER* format = source.VideoFormat();
-        if (!video || !format) return Report("GetRawSampleProperties", E_POINTER);
-        const CZeAviStreamHeader& header = video->GetHeader();
+        if (!header || !format) return Report("GetRawSampleProperties", E_POINTER);
         if (size == kShortPropertiesSize) {
-            const ZeRawSampleProperties properties{1, header.GetScale(), 1, 0};
+            const ZeRawSampleProperties properties{1, header->dwScale, 1, 0};
             std::memcpy(out, &properties, sizeof(properties));
             return S_OK;
         }
@@ -87,12 +87,12 @@ HRESULT CZEAviReader::GetRawSamplePropertiesLocked(DWORD kind, DWORD size, void*
         ZeRawVideoInfo& info = *m_rawVideoInfo;
         std::memcpy(&info.bmiHeader, format, sizeof(BITMAPINFOHEADER));
         // The frame rate itself, not a duration; hosts of this module read it so.
-        const uint32_t rate = header.GetRate();
-        const uint32_t scale = header.GetScale();
+        const uint32_t rate = header->dwRate;
+        const uint32_t scale = header->dwScale;
         const double perFrame = scale != 0 ? static_cast<double>(rate) / static_cast<double>(scale)
                                            : static_cast<double>(rate) * 100000.0;
         info.AvgTimePerFrame = static_cast<int64_t>(perFrame);
-        info.dwBitRate = source.File().GetHeader().GetMaxBytesPerSec() * 8u;
+        info.dwBitRate = source.MainHeader().dwMaxBytesPerSec * 8u;
         info.rcSource = RECT{0, 0, format->biWidth, 0};
         info.rcTarget = RECT{0, 0, format->biWidth, format->biHeight < 0 ? -format->biHeight : format->biHeight};
         ZeRawMediaType media{};
@@ -110,8 +110,7 @@ HRESULT CZEAviReader::GetRawSamplePropertiesLocked(DWORD kind, DWORD size, void*
     }
 
     if (kind == ZE_RAW_AUDIO) {
-        const CZeAviStreamList* audio = source.FirstAudio();
-        if (!audio) return Report("GetRawSampleProperties", E_FAIL);
+        if (!source.AudioHeader()) return Report("GetRawSampleProperties", E_FAIL);
         const WAVEFORMATEX* format = source.AudioFormat();
         if (!format) return Report("GetRawSampleProperties", E_POINTER);
         if (size == kShortPropertiesSize) {
@@ -152,10 +151,9 @@ HRESULT CZEAviReader::GetRawSampleLocked(DWORD kind, DWORD timeFormat, LONGLONG 
     }
 
     if (kind == ZE_RAW_VIDEO) {
-        const CZeAviStreamList* video = source.FirstVideo();
+        const std::optional<ZeXpStreamHeader> video = source.VideoHeader();
         double fps = 0.0;
-        if (video && video->GetHeader().GetScale() != 0)
-            fps = static_cast<double>(video->GetHeader().GetRate()) / static_cast<double>(video->GetHeader().GetScale());
+        if (video && video->dwScale != 0) fps = static_cast<double>(video->dwRate) / static_cast<double>(video->dwScale);
         const double t = static_cast<double>(time);
         uint64_t frame = 0;
         if (timeFormat == ZE_TIME_SECONDS)
