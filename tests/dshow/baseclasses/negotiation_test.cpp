@@ -75,6 +75,33 @@ TEST_F(NegotiationTest, ConnectTriesTheReceivingPinsTypesFirstThenItsOwn)
     }
 }
 
+TEST_F(NegotiationTest, TheOutputPinUsesTheInputPinsAllocatorFirstAndItsOwnOtherwise)
+{
+    for (const bool inputOffers : {true, false}) {
+        SCOPED_TRACE(inputOffers);
+        zetest::FilterChain chain;
+        auto* source = new zetest::TestSourceFilter({kA}, 100, 3);
+        auto* sink = new basetest::ProbeSink();
+        sink->Pin().accepted = {kA};
+        sink->Pin().offersAllocator = inputOffers;
+        CInterfacePtr<IMemAllocator> offered;
+        if (inputOffers) {
+            ASSERT_EQ(sink->Pin().GetAllocator(offered.Out()), S_OK);
+        }
+        chain.Add(source, "source");
+        chain.Add(sink, "sink");
+        ASSERT_EQ(chain.ConnectAll(), S_OK);
+        IMemAllocator* used = source->OutputPin()->Allocator();
+        ASSERT_NE(used, nullptr);
+        EXPECT_EQ(used, sink->Pin().Allocator()) << "the input pin was told which allocator is used";
+        EXPECT_EQ(used == offered.Get(), inputOffers);
+        ALLOCATOR_PROPERTIES sized{};
+        ASSERT_EQ(used->GetProperties(&sized), S_OK);
+        EXPECT_EQ(sized.cbBuffer, 100);
+        EXPECT_EQ(sized.cBuffers, 3);
+    }
+}
+
 TEST_F(NegotiationTest, QueryAcceptAnswersSFalseForARefusedType)
 {
     auto* sink = new basetest::ProbeSink();

@@ -40,6 +40,15 @@ public:
             ++received;
         return hr;
     }
+    // Without an allocator of its own to offer, the output pin must bring one.
+    HRESULT STDMETHODCALLTYPE GetAllocator(IMemAllocator** allocator) override
+    {
+        if (!offersAllocator) {
+            *allocator = nullptr;
+            return VFW_E_NO_ALLOCATOR;
+        }
+        return CBaseInputPin::GetAllocator(allocator);
+    }
     HRESULT Active() override { return activeResult; }
     HRESULT Inactive() override
     {
@@ -51,6 +60,7 @@ public:
     std::vector<CMediaType> accepted;
     std::vector<CMediaType> checked;
     int received = 0;
+    bool offersAllocator = true;
     HRESULT activeResult = S_OK;
     HRESULT inactiveResult = S_OK;
 };
