@@ -1,5 +1,6 @@
 // CZeAviFile: the root of the record tree of one AVI file: the path, the main header and one
-// stream list per kept stream, in file order, with the stream numbers sorted by kind.
+// stream list per kept stream, in file order, with the stream numbers sorted by kind; and
+// CZeAviHeaderList, which files the stream lists of a header list into it.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +21,7 @@ struct ze_avi_file {
     uint32_t dwSkippedStreams = 0;
 };
 
-class CZeAviFile : public CZeAviFormTypes, public ze_avi_file {
+class CZeAviFile : public CZeAviFormTypes, protected ze_avi_file {
 public:
     CZeAviFile() = default;
     CZeAviFile(const CZeAviFile&) = default;
@@ -71,4 +72,22 @@ private:
     std::vector<CZeAviStreamList> m_streams;
     std::vector<uint32_t> m_videoStreams;
     std::vector<uint32_t> m_audioStreams;
+};
+
+// CZeAviHeaderList: files the stream lists of a header list into a CZeAviFile record.
+class CZeAviHeaderList {
+public:
+    explicit CZeAviHeaderList(CZeAviFile& file) : m_file(file) {}
+
+    // Appends `streamList` to the file's streams and files its number by format type: 1 (video)
+    // and 3 (interleaved DV) among the video streams, 2 (audio) among the audio streams. The first
+    // video stream becomes the first video number, the next one the second video number; the first
+    // audio stream the first audio number. A list of any other format type is not added; the file
+    // only counts one more skipped stream. Returns 0 when added, 1 when left out.
+    HRESULT AddStream(const CZeAviStreamList& streamList);
+    // The same for a stream list the caller no longer needs: its index moves instead of being copied.
+    HRESULT AddStream(CZeAviStreamList&& streamList);
+
+private:
+    CZeAviFile& m_file;
 };

@@ -22,7 +22,7 @@
 #include <vector>
 
 #include "avi/ze_avi_file.h"
-#include "avi/ze_avi_index_list_chunk.h"
+#include "avi/ze_avi_index_records.h"
 #include "avi/ze_avi_stream_format.h"
 #include "avi/ze_avi_stream_list.h"
 #include "avi/ze_osal_file.h"

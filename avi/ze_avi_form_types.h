@@ -14,7 +14,7 @@ struct ze_avi_formtypes {
     uint32_t dwID = 0;      // the chunk's FOURCC
 };
 
-class CZeAviFormTypes : public ze_avi_formtypes {
+class CZeAviFormTypes : protected ze_avi_formtypes {
 public:
     CZeAviFormTypes() = default;
     CZeAviFormTypes(const CZeAviFormTypes&) = default;

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "avi/ze_avi_file_parser.h"
-#include "avi/ze_avi_header_list.h"
 #include "avi/ze_avi_fourcc.h"
 #include "dv/ze_dv_audio_stream.h"
 #include "dv/ze_dv_iavs_audio_format.h"
@@ -217,7 +216,8 @@ HRESULT CZeAviFileParser::FillInterleavedVideoAudioStreamFormatHeader(uint64_t p
     // VAuxCtl, two reserved words); whatever the chunk holds beyond, up to the record's words, is
     // kept too. The rest stays 0: the file's DV parameters are taken from its frames.
     CZeAviDVInfoEx info;
-    const uint64_t wanted = size < sizeof(info.dwWords) ? size : sizeof(info.dwWords);
+    const uint64_t stored = sizeof(uint32_t) * CZeAviDVInfoEx::kStoredWords;
+    const uint64_t wanted = size < stored ? size : stored;
     if (wanted != 0) {
         HRESULT hr = SeekTo(position);
         if (FAILED(hr)) return hr;

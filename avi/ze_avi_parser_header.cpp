@@ -7,7 +7,6 @@
 
 #include "avi/ze_avi_file_parser.h"
 #include "avi/ze_avi_fourcc.h"
-#include "avi/ze_avi_header_list.h"
 #include "avi/ze_avi_le.h"
 #include "reader/status/ze_error_report.h"
 
@@ -65,7 +64,7 @@ HRESULT CZeAviFileParser::ParseHeaderChunk(uint64_t position) {
     uint64_t count = sizeof(body);
     uint64_t got = 0;
     if (FAILED(hr = Read(body, &count, &got))) return hr;
-    for (uint64_t i = 0; i < got / 4; ++i) *header.Word(static_cast<int>(i)) = LoadLE32(body + 4 * i);
+    for (uint64_t i = 0; i < got / 4; ++i) header.SetWord(static_cast<int>(i), LoadLE32(body + 4 * i));
     if (got < sizeof(body)) return ReportError(kClass, method, E_AVI_READ);
     return S_OK;
 }

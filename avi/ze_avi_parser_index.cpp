@@ -4,11 +4,10 @@
 #include <cstring>
 #include <new>
 
-#include "avi/ze_avi_base_index.h"
 #include "avi/ze_avi_file_parser.h"
+#include "avi/ze_avi_index_records.h"
 #include "avi/ze_avi_fourcc.h"
 #include "avi/ze_avi_le.h"
-#include "avi/ze_avi_super_index.h"
 #include "reader/status/ze_error_report.h"
 
 using namespace ZeAvi;

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "avi/ze_avi_fourcc.h"
 #include "reader/status/ze_error_report.h"
@@ -12,59 +13,32 @@ const char kClass[] = "CZeAviStreamFormat";
 }
 
 CZeAviStreamFormat::CZeAviStreamFormat(const CZeAviStreamFormat& other)
-    : CZeAviFormTypes(other), ze_avi_streamformat() {
-    CopyBlockFrom(other);
+    : CZeAviFormTypes(other), ze_avi_streamformat(other) {
+    try {
+        if (const auto* bytes = std::get_if<std::vector<uint8_t>>(&other.m_block)) {
+            m_block = *bytes;
+        } else if (const auto* info = std::get_if<std::unique_ptr<CZeAviDVInfoEx>>(&other.m_block)) {
+            m_block = std::make_unique<CZeAviDVInfoEx>(**info);
+        }
+    } catch (const std::bad_alloc&) {
+        m_block = std::monostate();
+        dwFormatType = kNone;
+        ReportError(kClass, "CopyFormat", E_OUTOFMEMORY);
+    }
 }
 
 CZeAviStreamFormat& CZeAviStreamFormat::operator=(const CZeAviStreamFormat& other) {
     if (this != &other) {
-        CZeAviFormTypes::operator=(other);
-        ReleaseBlock();
-        CopyBlockFrom(other);
+        CZeAviStreamFormat copy(other);
+        // The retained blocks stay with this record until it goes.
+        copy.m_retained = std::move(m_retained);
+        *this = std::move(copy);
     }
     return *this;
 }
 
-CZeAviStreamFormat::~CZeAviStreamFormat() {
-    ReleaseBlock();
-    for (const Block& block : m_retained) Free(block);
-}
-
-void CZeAviStreamFormat::Free(Block block) {
-    if (block.data == nullptr) return;
-    if (block.type == kDVInfo) {
-        delete static_cast<CZeAviDVInfoEx*>(block.data);
-    } else {
-        delete[] static_cast<uint8_t*>(block.data);
-    }
-}
-
-void CZeAviStreamFormat::ReleaseBlock() {
-    Free({lpFormat, dwFormatType});
-    lpFormat = nullptr;
-    m_blockBytes = 0;
-}
-
-HRESULT CZeAviStreamFormat::CopyBlockFrom(const CZeAviStreamFormat& other) {
-    dwFormatType = other.dwFormatType;
-    if (other.lpFormat == nullptr) return S_OK;
-    if (other.dwFormatType == kDVInfo) {
-        lpFormat = new (std::nothrow) CZeAviDVInfoEx(*static_cast<const CZeAviDVInfoEx*>(other.lpFormat));
-    } else {
-        uint8_t* bytes = new (std::nothrow) uint8_t[other.m_blockBytes];
-        if (bytes != nullptr) std::memcpy(bytes, other.lpFormat, other.m_blockBytes);
-        lpFormat = bytes;
-    }
-    if (lpFormat == nullptr) {
-        dwFormatType = kNone;
-        return ReportError(kClass, "CopyFormat", E_OUTOFMEMORY);
-    }
-    m_blockBytes = other.m_blockBytes;
-    return S_OK;
-}
-
 HRESULT CZeAviStreamFormat::Reset() {
-    ReleaseBlock();
+    m_block = std::monostate();
     dwFormatType = kNone;
     return CZeAviFormTypes::Reset();
 }
@@ -73,45 +47,65 @@ HRESULT CZeAviStreamFormat::SetFormat(const void* data, const uint32_t* size, co
     if (data == nullptr || size == nullptr || type == nullptr) return ReportError(kClass, "SetFormat", E_POINTER);
     if (*type == kVideo || *type == kAudio) {
         const uint32_t minimum = (*type == kVideo) ? 40u : 18u;
-        ReleaseBlock();
+        m_block = std::monostate();
         const uint32_t bytes = (*size <= minimum) ? minimum : *size;
-        uint8_t* block = new (std::nothrow) uint8_t[bytes]();
-        if (block == nullptr) return ReportError(kClass, "SetFormat", E_OUTOFMEMORY);
-        std::memcpy(block, data, *size);
-        lpFormat = block;
-        m_blockBytes = bytes;
-        dwSize = bytes;
+        std::vector<uint8_t> block;
+        try {
+            block.assign(bytes, 0);
+        } catch (const std::bad_alloc&) {
+            return ReportError(kClass, "SetFormat", E_OUTOFMEMORY);
+        }
+        std::memcpy(block.data(), data, *size);
+        m_block = std::move(block);
+        SetSize(bytes);
         dwFormatType = *type;
         return S_OK;
     }
     if (*type == kDVInfo) {
         // The block held so far is kept alive, not released, until the record goes.
-        if (lpFormat != nullptr) m_retained.push_back({lpFormat, dwFormatType});
-        CZeAviDVInfoEx* info = new CZeAviDVInfoEx();
+        if (!std::holds_alternative<std::monostate>(m_block)) m_retained.push_back(std::move(m_block));
+        auto info = std::make_unique<CZeAviDVInfoEx>();
         // Always 19 words, whatever `*size` says: the size is only recorded.
         std::memcpy(info->Words(), data, sizeof(uint32_t) * CZeAviDVInfoEx::kStoredWords);
-        lpFormat = info;
-        m_blockBytes = sizeof(uint32_t) * CZeAviDVInfoEx::kStoredWords;
+        m_block = std::move(info);
         dwFormatType = kDVInfo;
-        dwSize = *size;
+        SetSize(*size);
         return S_OK;
     }
-    ReleaseBlock();
+    m_block = std::monostate();
     dwFormatType = kNone;
-    dwSize = 0;
+    SetSize(0);
     return S_OK;
 }
 
+void* CZeAviStreamFormat::GetFormat() {
+    return const_cast<void*>(static_cast<const CZeAviStreamFormat&>(*this).GetFormat());
+}
+
+const void* CZeAviStreamFormat::GetFormat() const {
+    if (const auto* bytes = std::get_if<std::vector<uint8_t>>(&m_block)) return bytes->data();
+    if (const auto* info = std::get_if<std::unique_ptr<CZeAviDVInfoEx>>(&m_block)) return info->get();
+    return nullptr;
+}
+
+uint32_t CZeAviStreamFormat::GetFormatBytes() const {
+    if (const auto* bytes = std::get_if<std::vector<uint8_t>>(&m_block)) return static_cast<uint32_t>(bytes->size());
+    if (std::holds_alternative<std::unique_ptr<CZeAviDVInfoEx>>(m_block)) {
+        return sizeof(uint32_t) * CZeAviDVInfoEx::kStoredWords;
+    }
+    return 0;
+}
+
 const BITMAPINFOHEADER* CZeAviStreamFormat::GetBitmapInfoHeader() const {
-    return dwFormatType == kVideo ? static_cast<const BITMAPINFOHEADER*>(lpFormat) : nullptr;
+    return dwFormatType == kVideo ? static_cast<const BITMAPINFOHEADER*>(GetFormat()) : nullptr;
 }
 
 const WAVEFORMATEX* CZeAviStreamFormat::GetWaveFormat() const {
-    return dwFormatType == kAudio ? static_cast<const WAVEFORMATEX*>(lpFormat) : nullptr;
+    return dwFormatType == kAudio ? static_cast<const WAVEFORMATEX*>(GetFormat()) : nullptr;
 }
 
 const CZeAviDVInfoEx* CZeAviStreamFormat::GetDVInfo() const {
-    return dwFormatType == kDVInfo ? static_cast<const CZeAviDVInfoEx*>(lpFormat) : nullptr;
+    return dwFormatType == kDVInfo ? static_cast<const CZeAviDVInfoEx*>(GetFormat()) : nullptr;
 }
 
 std::string CZeAviStreamFormat::Dump() const {
@@ -147,4 +141,17 @@ std::string CZeAviStreamFormat::Dump() const {
         text += DumpLine("cbSize: %ld", wfx->cbSize);
     }
     return text;
+}
+
+HRESULT CZeAviDVInfoEx::Reset() {
+    for (uint32_t& word : dwWords) word = 0;
+    return S_OK;
+}
+
+uint32_t CZeAviDVInfoEx::GetWord(int32_t index) const {
+    return (index >= 0 && index < kStoredWords) ? dwWords[index] : 0;
+}
+
+void CZeAviDVInfoEx::SetWord(int32_t index, uint32_t value) {
+    if (index >= 0 && index < kStoredWords) dwWords[index] = value;
 }

@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "avi/ze_avi_form_types.h"
-#include "avi/ze_avi_index_list_chunk.h"
+#include "avi/ze_avi_header.h"
+#include "avi/ze_avi_index_records.h"
 #include "avi/ze_avi_stream_format.h"
-#include "avi/ze_avi_stream_header.h"
 
 // Stream-level values, zero when the list is built.
 struct ze_avi_streamlist {
@@ -18,7 +18,7 @@ struct ze_avi_streamlist {
     uint64_t qwTotalBytes = 0;     // sum of the data sizes of the index entries (set likewise)
 };
 
-class CZeAviStreamList : public CZeAviFormTypes, public ze_avi_streamlist {
+class CZeAviStreamList : public CZeAviFormTypes, protected ze_avi_streamlist {
 public:
     CZeAviStreamList() = default;
     CZeAviStreamList(const CZeAviStreamList&) = default;

@@ -6,8 +6,7 @@
 #include <string>
 
 #include "avi/ze_avi_file.h"
-#include "avi/ze_avi_header_list.h"
-#include "avi/ze_avi_index_list_chunk.h"
+#include "avi/ze_avi_index_records.h"
 #include "avi/ze_avi_stream_list.h"
 
 namespace {

@@ -3,8 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "avi/ze_avi_file.h"
-#include "avi/ze_avi_header_list.h"
-#include "avi/ze_avi_index_list_chunk.h"
+#include "avi/ze_avi_index_records.h"
 
 namespace {
 
