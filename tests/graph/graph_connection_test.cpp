@@ -22,6 +22,18 @@ using namespace zegraph_test;
 constexpr DWORD kYuy2 = ZeFourcc('Y', 'U', 'Y', '2');
 constexpr DWORD kXvid = ZeFourcc('X', 'V', 'I', 'D');
 
+// A memory allocator that grants buffers of half the size asked for.
+class HalvingAllocator : public CMemAllocator {
+public:
+    HalvingAllocator() : CMemAllocator("HalvingAllocator", nullptr, nullptr) {}
+    HRESULT STDMETHODCALLTYPE SetProperties(ALLOCATOR_PROPERTIES* request, ALLOCATOR_PROPERTIES* actual) override
+    {
+        ALLOCATOR_PROPERTIES halved = *request;
+        halved.cbBuffer /= 2;
+        return CMemAllocator::SetProperties(&halved, actual);
+    }
+};
+
 class GraphConnectionTest : public ReportedTest {
 protected:
     void SetUp() override
@@ -171,6 +183,17 @@ TEST_F(GraphConnectionTest, RefusedDeliveriesReportAtThePinAndAtDecode)
     EXPECT_EQ(TakeReports(), std::vector<std::string>{Line("[8004020f] unknown error (-2147220977)",
                                                            "CZEVideoSourceOutputPin::DecideBufferSize")});
     allocator->Decommit();
+
+    // An allocator that grants half of what is asked leaves the picture without room.
+    IMemAllocator* halving = new HalvingAllocator();
+    halving->AddRef();
+    ZeComRef<IMemAllocator> halvingRef(halving);
+    request = ALLOCATOR_PROPERTIES{};
+    EXPECT_EQ(pin->DecideBufferSize(halving, &request), E_FAIL);
+    EXPECT_EQ(request.cBuffers, 1);
+    EXPECT_EQ(request.cbBuffer, 192);  // 8 × 3 bytes, 8 rows
+    EXPECT_EQ(request.cbAlign, 4);
+    EXPECT_EQ(TakeReports(), std::vector<std::string>{Line(kFail, "CZEVideoSourceOutputPin::DecideBufferSize")});
 }
 
 TEST_F(GraphConnectionTest, RenderFilterTakesADecoderTypeOfItsWidthOnly)
