@@ -5,7 +5,7 @@
 #include <new>
 
 #include "dv/ze_dv_audio_frame.h"
-#include "dv/ze_dv_data_pack.h"
+#include "dv/ze_dv_pack_location.h"
 #include "reader/status/ze_error_report.h"
 
 namespace ZeDV {

@@ -1,5 +1,11 @@
 #include "dv/ze_dv_pack_location.h"
 
+#include <cstring>
+
+void CZeDVDataPack::Assign(const uint8_t* pack) {
+    std::memcpy(m_bytes, pack, kSize);
+}
+
 namespace ZeDV {
 namespace {
 

@@ -4,10 +4,10 @@
 #include <cmath>
 #include <cstring>
 
+#include "dv/ze_dv_audio_frame.h"
 #include "dv/ze_dv_pack_location.h"
 #include "dv/ze_dv_params_decode.h"
 #include "dv/ze_dv_rec_datetime.h"
-#include "dv/ze_dv_sample_expand.h"
 #include "tests/dv/dv_test_frames.h"
 
 namespace {
