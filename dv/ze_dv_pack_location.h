@@ -1,7 +1,6 @@
 // DV data packs: the five-byte pack record, where packs sit in a DV frame held in memory, and the
-// search for a pack by its type.
-// Every function takes the frame's size and never looks past it: a pack that would reach beyond
-// the end of the buffer counts as absent.
+// search for a pack by its type. Every search takes the frame's size and never looks past it: a
+// pack that would reach beyond the end of the buffer counts as absent.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +8,6 @@
 
 // One five-byte DV data pack: the pack header (its type, e.g. 0x60 for VAUX source) and the
 // four data bytes PC1..PC4 that follow it.
-
-
 class CZeDVDataPack {
 public:
     CZeDVDataPack() = default;
