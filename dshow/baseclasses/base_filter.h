@@ -65,7 +65,8 @@ public:
     IFilterGraph* Graph() const { return m_pGraph; }
 
 protected:
-    FILTER_STATE m_State = State_Stopped;
+    // Written under the filter lock; read without it by delivering threads (CheckStreaming).
+    std::atomic<FILTER_STATE> m_State{State_Stopped};
     CInterfacePtr<IReferenceClock> m_pClock;
     REFERENCE_TIME m_tStart = 0;
     CLSID m_clsid;
