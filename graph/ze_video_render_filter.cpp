@@ -18,6 +18,10 @@ constexpr const char* kPinClass = "CZEVideoRenderInputPin";
 CZEVideoRenderFilter::CZEVideoRenderFilter(LPUNKNOWN outer, HRESULT* phr)
     : CBaseRenderer(CLSID_ZEVideoRenderFilter, nullptr, outer, phr)
 {
+    if (phr != nullptr && FAILED(*phr)) {
+        ReportError(kClass, kClass, *phr);
+        return;
+    }
     HRESULT hr = S_OK;
     try {
         // Our pin takes the place of the base renderer's plain one; the base renderer owns it.
