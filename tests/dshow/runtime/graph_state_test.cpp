@@ -103,10 +103,13 @@ TEST_F(GraphStateTest, RunWaitsForTheFirstSampleAndRunsTheFiltersFromAWorker) {
     const std::vector<RenderedSample> samples = renderer_->Samples();
     EXPECT_EQ(samples[0].bytes, (std::vector<uint8_t>{0x42, 0x01}));
     EXPECT_EQ(samples[0].thread, pushing);  // rendered on the pushing thread, once running
-    EXPECT_EQ(log_.Take(), kRunAll);
+    // The worker runs the upstream filters after the renderer has let the sample go.
     FILTER_STATE state = State_Stopped;
+    for (int wait = 0; wait < 10000 && GraphState(0, &state) == VFW_S_STATE_INTERMEDIATE; ++wait)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     EXPECT_EQ(GraphState(INFINITE, &state), S_OK);
     EXPECT_EQ(state, State_Running);
+    EXPECT_EQ(log_.Take(), kRunAll);
 
     // A running graph pauses its filters before it stops them.
     ASSERT_EQ(control_->Stop(), S_OK);
