@@ -135,12 +135,11 @@ TEST_F(RenderFilterTest, PictureTooLargeForThirtyTwoBitsLeavesNoTarget)
     const std::string line = Line(kOutOfMemory, "CZEVideoRenderFilter::InitTargetBuffer");
     EXPECT_EQ(TakeReports(), (std::vector<std::string>{line, line}));
 
+    // The old target went before the allocation failed.
     BYTE* buffer = reinterpret_cast<BYTE*>(this);
     EXPECT_EQ(m_render->GetTargetBuffer(&buffer, FALSE), E_POINTER);
     EXPECT_EQ(buffer, nullptr);
-    EXPECT_EQ(m_render->GetMediaInfo(nullptr), E_POINTER);
-    EXPECT_EQ(TakeReports(), (std::vector<std::string>{Line(kPointer, "CZEVideoRenderFilter::GetTargetBuffer"),
-                                                        Line(kPointer, "CZEVideoRenderFilter::GetMediaInfo")}));
+    EXPECT_EQ(TakeReports(), std::vector<std::string>{Line(kPointer, "CZEVideoRenderFilter::GetTargetBuffer")});
 }
 
 // A target buffer of the size InitTargetBuffer would give, every byte 0xAB, handed to the filter.
@@ -200,6 +199,7 @@ TEST_F(RenderFilterTest, RenderedPictureIsCopiedAsOneBlockAndTheTargetWidthWritt
     // A 4 × 2 RGB24 picture (rows of 12 bytes) whose rectangle is given as 5 wide.
     const BITMAPINFOHEADER format = Bitmap(4, 2, 24, BI_RGB);
     ASSERT_EQ(m_render->InitTargetBuffer(&format, 5, 2), S_OK);
+    EXPECT_EQ(m_render->GetMediaInfo(nullptr), S_OK);
     EXPECT_EQ(TargetHeader().biWidth, 4);
     SampleMaker samples(64);
     const std::vector<BYTE> picture = Pattern(24, 7);

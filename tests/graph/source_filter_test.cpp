@@ -237,18 +237,6 @@ TEST_F(SourceFilterTest, RefusalsReportOnceUnderTheirOwnNames)
     EXPECT_EQ(m_filter->GetPin(0), static_cast<CBasePin*>(m_pin));
 }
 
-TEST_F(SourceFilterTest, SampleBufferOfAnUnconnectedPinIsRefusedTwice)
-{
-    BYTE* data = reinterpret_cast<BYTE*>(this);
-    EXPECT_EQ(m_source->GetSampleBuffer(&data), E_POINTER);
-    EXPECT_EQ(data, nullptr);
-    const std::vector<std::string> lines = TakeReports();
-    ASSERT_EQ(lines.size(), 2u);
-    // The pin passes on what the base class said about the missing allocator; the filter says E_POINTER.
-    EXPECT_NE(lines[0].find(" ### CZEVideoSourceOutputPin::GetSampleBuffer ### "), std::string::npos) << lines[0];
-    EXPECT_EQ(lines[1], Line(kPointer, "CZEVideoSourceFilter::GetSampleBuffer"));
-}
-
 TEST_F(SourceFilterTest, IdentityOnePinAndItsName)
 {
     EXPECT_EQ(m_filter->GetPinCount(), 1);
