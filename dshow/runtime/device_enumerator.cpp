@@ -10,18 +10,17 @@
 #include "dshow/runtime/com_object.h"
 #include "dshow/runtime/device_moniker.h"
 #include "dshow/runtime/filter_data.h"
-#include "dshow/runtime/registry_access.h"
+#include "dshow/runtime/registration_cache.h"
 #include "dshow/runtime/runtime_classes.h"
 
 namespace ze_dsrt {
 
 namespace {
 
-bool MeritAboveDoNotUse(const RegKey& instance) {
-    std::vector<BYTE> data;
+bool MeritAboveDoNotUse(const InstanceRecord& instance) {
     FilterRecord record;
-    return instance.ReadBinary(kFilterDataValue, &data) == ERROR_SUCCESS &&
-           ReadFilterData(data.data(), data.size(), &record) && record.merit > MERIT_DO_NOT_USE;
+    return instance.hasFilterData && ReadFilterData(instance.filterData.data(), instance.filterData.size(), &record) &&
+           record.merit > MERIT_DO_NOT_USE;
 }
 
 class DeviceEnumerator final : public ComObject<DeviceEnumerator, ICreateDevEnum> {
@@ -39,13 +38,10 @@ public:
             auto list = std::make_shared<MonikerList>();
             const bool softwareWanted =
                 (dwFlags & CDEF_DEVMON_SELECTIVE_MASK) == 0 || (dwFlags & CDEF_DEVMON_FILTER) != 0;
-            RegKey folder;
-            if (softwareWanted && folder.Open(HKEY_CLASSES_ROOT, InstanceFolderPath(clsidDeviceClass)) == ERROR_SUCCESS) {
-                for (const std::string& name : folder.SubKeyNames()) {
-                    RegKey instance;
-                    if (instance.Open(folder.Get(), name) != ERROR_SUCCESS) continue;
+            if (softwareWanted) {
+                for (const InstanceRecord& instance : *CachedInstances(clsidDeviceClass)) {
                     if ((dwFlags & CDEF_MERIT_ABOVE_DO_NOT_USE) != 0 && !MeritAboveDoNotUse(instance)) continue;
-                    list->push_back(NewDeviceMoniker(clsidDeviceClass, name));
+                    list->push_back(NewDeviceMoniker(clsidDeviceClass, instance.name));
                 }
             }
             // An empty or unknown category gives S_FALSE and no enumerator.

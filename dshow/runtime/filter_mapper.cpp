@@ -14,6 +14,7 @@
 #include "dshow/runtime/device_moniker.h"
 #include "dshow/runtime/filter_data.h"
 #include "dshow/runtime/filter_matching.h"
+#include "dshow/runtime/registration_cache.h"
 #include "dshow/runtime/registry_access.h"
 #include "dshow/runtime/runtime_classes.h"
 
@@ -31,17 +32,13 @@ struct Candidate {
 
 // The instances of `category` whose FilterData matches, in the store's order.
 void CollectMatches(REFCLSID category, const FilterQuery& query, std::vector<Candidate>* found) {
-    RegKey folder;
-    if (folder.Open(HKEY_CLASSES_ROOT, InstanceFolderPath(category)) != ERROR_SUCCESS) return;
-    for (const std::string& name : folder.SubKeyNames()) {
-        RegKey instance;
-        std::vector<BYTE> data;
+    for (const InstanceRecord& instance : *CachedInstances(category)) {
         FilterRecord record;
-        if (instance.Open(folder.Get(), name) != ERROR_SUCCESS ||
-            instance.ReadBinary(kFilterDataValue, &data) != ERROR_SUCCESS ||
-            !ReadFilterData(data.data(), data.size(), &record) || !FilterMatches(record, query))
+        if (!instance.hasFilterData ||
+            !ReadFilterData(instance.filterData.data(), instance.filterData.size(), &record) ||
+            !FilterMatches(record, query))
             continue;
-        found->push_back(Candidate{record.merit, NewDeviceMoniker(category, name)});
+        found->push_back(Candidate{record.merit, NewDeviceMoniker(category, instance.name)});
     }
 }
 
@@ -148,24 +145,8 @@ private:
     // without a Merit value counts as merit 0).
     static std::vector<CLSID> CategoriesFrom(DWORD merit) {
         std::vector<CLSID> categories;
-        RegKey folder;
-        if (folder.Open(HKEY_CLASSES_ROOT, InstanceFolderPath(CLSID_ActiveMovieCategories)) != ERROR_SUCCESS)
-            return categories;
-        for (const std::string& name : folder.SubKeyNames()) {
-            RegKey key;
-            if (key.Open(folder.Get(), name) != ERROR_SUCCESS) continue;
-            std::vector<BYTE> value;
-            DWORD type = REG_NONE;
-            DWORD categoryMerit = 0;
-            if (key.ReadBinary(kMeritValue, &value, &type) == ERROR_SUCCESS && type == REG_DWORD && value.size() == 4)
-                categoryMerit = value[0] | value[1] << 8 | value[2] << 16 | static_cast<DWORD>(value[3]) << 24;
-            if (categoryMerit < merit) continue;
-            std::string text;
-            CLSID category{};
-            if (key.ReadString(kClsidValue, &text) != ERROR_SUCCESS || !GuidFromString(text, &category))
-                if (!GuidFromString(name, &category)) continue;
-            categories.push_back(category);
-        }
+        for (const CategoryRecord& category : *CachedCategories())
+            if (category.merit >= merit) categories.push_back(category.clsid);
         return categories;
     }
 };

@@ -20,13 +20,20 @@ void RegKey::Close() {
 }
 
 LONG RegKey::ReadBinary(const char* name, std::vector<BYTE>* data, DWORD* type) const {
-    DWORD size = 0;
+    // Every registry call reads the whole store, so a first guess at the size usually saves the call
+    // that would only ask for it.
     DWORD kind = REG_NONE;
-    LONG err = RegQueryValueExA(key_, name, nullptr, &kind, nullptr, &size);
-    if (err != ERROR_SUCCESS) return err;
-    data->resize(size);
-    err = RegQueryValueExA(key_, name, nullptr, &kind, data->data(), &size);
-    if (err != ERROR_SUCCESS) return err;
+    data->resize(512);
+    DWORD size = static_cast<DWORD>(data->size());
+    LONG err = RegQueryValueExA(key_, name, nullptr, &kind, data->data(), &size);
+    if (err == ERROR_MORE_DATA) {
+        data->resize(size);
+        err = RegQueryValueExA(key_, name, nullptr, &kind, data->data(), &size);
+    }
+    if (err != ERROR_SUCCESS) {
+        data->clear();
+        return err;
+    }
     data->resize(size);
     if (type != nullptr) *type = kind;
     return ERROR_SUCCESS;

@@ -1,5 +1,7 @@
 // Installation of the runtime's classes in the COM runtime, and the system filters: their classes and
 // their registration in each registry store this process uses.
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <mutex>
 #include <string>
@@ -8,6 +10,7 @@
 #include "dshow/runtime/com_object.h"
 #include "dshow/runtime/filter_data.h"
 #include "dshow/runtime/filter_matching.h"
+#include "dshow/runtime/registration_cache.h"
 #include "dshow/runtime/registry_access.h"
 #include "dshow/runtime/runtime_classes.h"
 #include "dshow/runtime/ze_dshow_runtime.h"
@@ -59,25 +62,6 @@ std::string CurrentStore() {
     return path != nullptr ? path : "";
 }
 
-bool StringValueIs(const RegKey& key, const char* name, const std::string& expected) {
-    std::string text;
-    return key.ReadString(name, &text) == ERROR_SUCCESS && text == expected;
-}
-
-bool BinaryValueIs(const RegKey& key, const char* name, const std::vector<BYTE>& expected) {
-    std::vector<BYTE> data;
-    DWORD type = REG_NONE;
-    return key.ReadBinary(name, &data, &type) == ERROR_SUCCESS && type == REG_BINARY && data == expected;
-}
-
-bool DwordValueIs(const RegKey& key, const char* name, DWORD expected) {
-    std::vector<BYTE> data;
-    DWORD type = REG_NONE;
-    return key.ReadBinary(name, &data, &type) == ERROR_SUCCESS && type == REG_DWORD &&
-           data == std::vector<BYTE>{static_cast<BYTE>(expected), static_cast<BYTE>(expected >> 8),
-                                     static_cast<BYTE>(expected >> 16), static_cast<BYTE>(expected >> 24)};
-}
-
 REGFILTER2 Description(const ZeSystemFilter& row) {
     REGFILTER2 description{};
     description.dwVersion = 2;
@@ -87,26 +71,36 @@ REGFILTER2 Description(const ZeSystemFilter& row) {
     return description;
 }
 
-// Does the store hold exactly what RegisterFilter would write for the row?
-bool Registered(const ZeSystemFilter& row) {
+bool SameName(const std::string& a, const std::string& b) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+               return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+           });
+}
+
+const InstanceRecord* FindInstance(const InstanceList& instances, const std::string& name) {
+    for (const InstanceRecord& instance : instances)
+        if (SameName(instance.name, name)) return &instance;
+    return nullptr;
+}
+
+// Does the store hold the row's instance exactly as RegisterFilter writes it? (The class key's name
+// is written together with the instance, so an instance found complete stands for both.)
+bool Registered(const ZeSystemFilter& row, const InstanceList& legacy) {
     FilterRecord record;
     if (FAILED(RecordFromRegFilter(Description(row), &record))) return false;
     const std::string clsid = GuidString(*row.clsid);
-    RegKey instance, own;
-    return instance.Open(HKEY_CLASSES_ROOT, InstanceKeyPath(CLSID_LegacyAmFilterCategory, clsid)) == ERROR_SUCCESS &&
-           StringValueIs(instance, kFriendlyNameValue, row.friendlyName) &&
-           StringValueIs(instance, kClsidValue, clsid) &&
-           BinaryValueIs(instance, kFilterDataValue, WriteFilterData(record)) &&
-           own.Open(HKEY_CLASSES_ROOT, ClassKeyPath(*row.clsid)) == ERROR_SUCCESS &&
-           StringValueIs(own, nullptr, row.friendlyName);
+    const InstanceRecord* instance = FindInstance(legacy, clsid);
+    return instance != nullptr && instance->friendlyName == row.friendlyName && SameName(instance->clsid, clsid) &&
+           instance->hasFilterData && instance->filterData == WriteFilterData(record);
 }
 
 bool CategoryListed() {
-    RegKey key;
     const std::string name = GuidString(CLSID_LegacyAmFilterCategory);
-    return key.Open(HKEY_CLASSES_ROOT, InstanceKeyPath(CLSID_ActiveMovieCategories, name)) == ERROR_SUCCESS &&
-           StringValueIs(key, kFriendlyNameValue, kLegacyCategoryName) && StringValueIs(key, kClsidValue, name) &&
-           DwordValueIs(key, kMeritValue, kLegacyCategoryMerit);
+    const InstanceRecord* entry = FindInstance(*CachedInstances(CLSID_ActiveMovieCategories), name);
+    if (entry == nullptr || entry->friendlyName != kLegacyCategoryName || !SameName(entry->clsid, name)) return false;
+    for (const CategoryRecord& category : *CachedCategories())
+        if (category.clsid == CLSID_LegacyAmFilterCategory) return category.merit == kLegacyCategoryMerit;
+    return false;
 }
 
 // Writes what is missing or different through the mapper, as an installation would. A store that
@@ -117,8 +111,9 @@ void RegisterAll(const std::vector<ZeSystemFilter>& rows) {
     if (!CategoryListed())
         mapper->CreateCategory(CLSID_LegacyAmFilterCategory, kLegacyCategoryMerit,
                                OleFromUtf8(kLegacyCategoryName).c_str());
+    const std::shared_ptr<const InstanceList> legacy = CachedInstances(CLSID_LegacyAmFilterCategory);
     for (const ZeSystemFilter& row : rows) {
-        if (Registered(row)) continue;
+        if (Registered(row, *legacy)) continue;
         const REGFILTER2 description = Description(row);
         mapper->RegisterFilter(*row.clsid, OleFromUtf8(row.friendlyName).c_str(), nullptr,
                                &CLSID_LegacyAmFilterCategory, nullptr, &description);

@@ -1,6 +1,8 @@
 // IFilterMapper2::EnumMatchingFilters over a set of registered filters: wildcards in the query and in
 // the registration, exact matching, the merit floor of filters and categories, the input/output and
 // render conditions, and the order (merit descending; equal merits in registry order).
+#include <cstring>
+
 #include "tests/dshow/runtime/runtime_test_support.h"
 
 namespace zetest {
@@ -130,6 +132,23 @@ TEST_F(MapperMatchingTest, CategoriesOfHigherMeritAreSearchedForHigherFloors) {
     const GUID V = MEDIATYPE_Video;
     EXPECT_EQ(Run({"preferred floor", FALSE, MERIT_PREFERRED, TRUE, {V, kCompressed}, FALSE, FALSE, {}, ""}), "H");
     EXPECT_EQ(Run({"no floor", FALSE, 0, TRUE, {V, kCompressed}, FALSE, FALSE, {}, ""}), "HAGBD");
+}
+
+TEST_F(MapperMatchingTest, EveryChangeOfTheStoreIsSeenByTheNextQuery) {
+    const Query query = {"decoders of the compressed type", FALSE, 0, TRUE, {MEDIATYPE_Video, kCompressed}, FALSE,
+                         FALSE, {}, ""};
+    EXPECT_EQ(Run(query), "AGBD");
+    ASSERT_EQ(mapper_->UnregisterFilter(nullptr, nullptr, TestGuid(0x10)), S_OK);
+    EXPECT_EQ(Run(query), "GBD");
+    // A FilterData value changed behind the mapper's back: G's merit drops below D's.
+    const std::string g = "CLSID\\" + GuidText(CLSID_LegacyAmFilterCategory) + "\\Instance\\" + GuidText(TestGuid(0x11));
+    std::vector<BYTE> data = QueryValue(HKEY_CLASSES_ROOT, g, "FilterData");
+    ASSERT_GE(data.size(), 8u);
+    const DWORD lowMerit = MERIT_DO_NOT_USE - 1;
+    std::memcpy(data.data() + 4, &lowMerit, 4);
+    ASSERT_EQ(WriteValue(HKEY_CLASSES_ROOT, g, "FilterData", REG_BINARY, data.data(), static_cast<DWORD>(data.size())),
+              ERROR_SUCCESS);
+    EXPECT_EQ(Run(query), "BDG");
 }
 
 TEST_F(MapperMatchingTest, MonikersBindToTheirPropertyBags) {
