@@ -16,16 +16,6 @@ namespace ze_dsrt {
 
 namespace {
 
-// The store's file, by the rule the registry follows (win32_registry.h).
-std::string StorePath() {
-    const char* explicitPath = std::getenv("ZE_REGISTRY_FILE");
-    if (explicitPath != nullptr && explicitPath[0] != '\0') return explicitPath;
-    const char* dataHome = std::getenv("XDG_DATA_HOME");
-    if (dataHome != nullptr && dataHome[0] == '/') return std::string(dataHome) + "/zeavireader/registry.reg";
-    const char* home = std::getenv("HOME");
-    return std::string(home != nullptr ? home : "") + "/.local/share/zeavireader/registry.reg";
-}
-
 struct StoreVersion {
     std::string path;
     bool exists = false;
@@ -36,7 +26,7 @@ struct StoreVersion {
 
     static StoreVersion Current() {
         StoreVersion v;
-        v.path = StorePath();
+        v.path = RegistryStorePath();
         struct stat st;
         if (::stat(v.path.c_str(), &st) == 0) {
             v.exists = true;
@@ -112,6 +102,15 @@ CategoryList ReadCategories() {
 }
 
 }  // namespace
+
+std::string RegistryStorePath() {
+    const char* explicitPath = std::getenv("ZE_REGISTRY_FILE");
+    if (explicitPath != nullptr && explicitPath[0] != '\0') return explicitPath;
+    const char* dataHome = std::getenv("XDG_DATA_HOME");
+    if (dataHome != nullptr && dataHome[0] == '/') return std::string(dataHome) + "/zeavireader/registry.reg";
+    const char* home = std::getenv("HOME");
+    return std::string(home != nullptr ? home : "") + "/.local/share/zeavireader/registry.reg";
+}
 
 std::shared_ptr<const InstanceList> CachedInstances(REFCLSID category) {
     Cache& cache = TheCache();

@@ -27,6 +27,9 @@ struct CategoryRecord {
 };
 using CategoryList = std::vector<CategoryRecord>;
 
+// The file of the registry store in use, by the rule the registry follows (win32_registry.h).
+std::string RegistryStorePath();
+
 // The instances of `category` in the store's order; empty when it has none.
 std::shared_ptr<const InstanceList> CachedInstances(REFCLSID category);
 // The categories listed under CLSID_ActiveMovieCategories, in the store's order.

@@ -2,7 +2,6 @@
 // their registration in each registry store this process uses.
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -54,12 +53,6 @@ struct SystemFilters {
 SystemFilters& Filters() {
     static SystemFilters filters;
     return filters;
-}
-
-// What identifies the registry store in use: the variable that names its file.
-std::string CurrentStore() {
-    const char* path = std::getenv("ZE_REGISTRY_FILE");
-    return path != nullptr ? path : "";
 }
 
 REGFILTER2 Description(const ZeSystemFilter& row) {
@@ -125,7 +118,7 @@ void RegisterAll(const std::vector<ZeSystemFilter>& rows) {
 void EnsureSystemFiltersRegistered() {
     SystemFilters& filters = Filters();
     std::lock_guard<std::mutex> lock(filters.mutex);
-    const std::string store = CurrentStore();
+    const std::string store = RegistryStorePath();
     if (filters.checked && filters.checkedStore == store) return;
     RegisterAll(filters.rows);
     filters.checked = true;
