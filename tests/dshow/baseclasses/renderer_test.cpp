@@ -200,4 +200,20 @@ TEST_F(RendererTest, EndOfStreamCompletesWhenRunningWithNothingPending)
     EXPECT_EQ(events.back().param2, reinterpret_cast<LONG_PTR>(static_cast<IBaseFilter*>(renderer)));
 }
 
+TEST_F(RendererTest, ASampleAfterEndOfStreamIsUnexpectedAndAborts)
+{
+    ASSERT_EQ(chain->Run(), S_OK);
+    ASSERT_EQ(source->DeliverEndOfStream(), S_OK);
+    EXPECT_EQ(chain->Events().Count(EC_COMPLETE), 1);
+    EXPECT_EQ(source->PushBytes({1}), E_UNEXPECTED);
+    EXPECT_EQ(renderer->Count(), 0u);
+    EXPECT_EQ(chain->Events().Count(EC_ERRORABORT), 1);
+
+    // Stop forgets the end of stream; the next run takes samples again.
+    ASSERT_EQ(chain->Stop(), S_OK);
+    ASSERT_EQ(chain->Run(), S_OK);
+    EXPECT_EQ(source->PushBytes({2}), S_OK);
+    EXPECT_EQ(renderer->Count(), 1u);
+}
+
 }  // namespace

@@ -1,6 +1,8 @@
 // The transform filter between a pushing source and a collecting renderer: what it copies to its
 // outputs, skipped outputs, the answers its input gives, and filters that make other than one output
 // per input.
+#include <future>
+
 #include "tests/dshow/baseclasses/live_objects.h"
 #include "tests/dshow/baseclasses/test_filters.h"
 #include "tests/dshow/support/ze_filter_harness.h"
@@ -203,6 +205,20 @@ TEST_F(DelayTest, FlushDropsWhatTheFilterHeld)
     ASSERT_EQ(source->DeliverBeginFlush(), S_OK);
     ASSERT_EQ(source->DeliverEndFlush(), S_OK);
     ASSERT_EQ(source->DeliverEndOfStream(), S_OK);
+    EXPECT_EQ(renderer->Count(), 0u);
+}
+
+TEST_F(PassThroughTest, StoppingDownstreamFirstReleasesAPusherHeldByAPausedRenderer)
+{
+    // The pushing thread holds the transform's receive lock while the paused renderer holds it; the
+    // transform's Stop needs that lock, so the renderer must let go first.
+    ASSERT_EQ(chain->Pause(), S_FALSE);
+    auto pushed = std::async(std::launch::async, [this] { return source->PushBytes({5}); });
+    FILTER_STATE state;
+    ASSERT_EQ(renderer->GetState(10'000, &state), S_OK);
+    ASSERT_EQ(pushed.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+    EXPECT_EQ(chain->Stop(), S_OK);
+    EXPECT_EQ(pushed.get(), S_OK);
     EXPECT_EQ(renderer->Count(), 0u);
 }
 
