@@ -167,59 +167,61 @@ HRESULT WriteCamera(Ask& a) {
     return hr;
 }
 
-using Rule = SizeRule;
 const Param kParams[] = {
-    {ZE_XP_FILE_PATH, "FilePath", ZE_XT_TEXT, Scope::File, Rule::AtLeast,
+    {ZE_XP_FILE_PATH, "FilePath", ZE_XT_TEXT, Scope::File, SizeRule::AtLeast,
      [](const Ask& a) { return TextBytes(a.source.FileName()); },
      [](Ask& a) { return PutText(a, a.source.FileName().c_str()); }},
-    {ZE_XP_STREAM_COUNT, "StreamCount", ZE_XT_UINT32, Scope::File, Rule::Exactly, Fixed<4>,
+    {ZE_XP_STREAM_COUNT, "StreamCount", ZE_XT_UINT32, Scope::File, SizeRule::Exactly, Fixed<4>,
      [](Ask& a) { return Put(a, a.source.StreamCount()); }},
-    {ZE_XP_MAIN_HEADER, "MainHeader", ZE_XT_RECORD, Scope::File, Rule::Exactly, Fixed<sizeof(ZeXpMainHeader)>,
+    {ZE_XP_MAIN_HEADER, "MainHeader", ZE_XT_RECORD, Scope::File, SizeRule::Exactly, Fixed<sizeof(ZeXpMainHeader)>,
      [](Ask& a) { return Put(a, a.source.MainHeader()); }},
-    {ZE_XP_STREAM_HEADER, "StreamHeader", ZE_XT_RECORD, Scope::Stream, Rule::Exactly, Fixed<sizeof(ZeXpStreamHeader)>,
+    {ZE_XP_STREAM_HEADER, "StreamHeader", ZE_XT_RECORD, Scope::Stream, SizeRule::Exactly,
+     Fixed<sizeof(ZeXpStreamHeader)>,
      [](Ask& a) { return Put(a, *a.source.StreamHeader(a.stream)); }},
-    {ZE_XP_STREAM_FORMAT, "StreamFormat", ZE_XT_BYTES, Scope::Stream, Rule::AtLeast, FormatBytes,
+    {ZE_XP_STREAM_FORMAT, "StreamFormat", ZE_XT_BYTES, Scope::Stream, SizeRule::AtLeast, FormatBytes,
      [](Ask& a) {
          uint32_t bytes = 0;
          const void* data = a.source.StreamFormat(a.stream, &bytes);
          std::memcpy(a.value->pValue, data, bytes);
          return S_OK;
      }},
-    {ZE_XP_STREAM_FORMAT_TYPE, "StreamFormatType", ZE_XT_UINT32, Scope::Stream, Rule::Exactly, Fixed<4>,
+    {ZE_XP_STREAM_FORMAT_TYPE, "StreamFormatType", ZE_XT_UINT32, Scope::Stream, SizeRule::Exactly, Fixed<4>,
      [](Ask& a) { return Put(a, a.source.StreamFormatType(a.stream)); }},
-    {ZE_XP_STREAM_NAME, "StreamName", ZE_XT_TEXT, Scope::Stream, Rule::AtLeast,
+    {ZE_XP_STREAM_NAME, "StreamName", ZE_XT_TEXT, Scope::Stream, SizeRule::AtLeast,
      [](const Ask& a) { return a.streamExists ? TextBytes(a.source.StreamName(a.stream)) : 1u; },
      [](Ask& a) { return PutText(a, a.source.StreamName(a.stream).c_str()); }},
-    {ZE_XP_INDEX_COUNT, "IndexCount", ZE_XT_UINT32, Scope::Stream, Rule::Exactly, Fixed<4>,
+    {ZE_XP_INDEX_COUNT, "IndexCount", ZE_XT_UINT32, Scope::Stream, SizeRule::Exactly, Fixed<4>,
      [](Ask& a) { return Put(a, static_cast<uint32_t>(a.source.IndexCount(a.stream))); }},
-    {ZE_XP_INDEX_ENTRIES, "IndexEntries", ZE_XT_RECORD, Scope::IndexEntry, Rule::AtLeast,
+    {ZE_XP_INDEX_ENTRIES, "IndexEntries", ZE_XT_RECORD, Scope::IndexEntry, SizeRule::AtLeast,
      Fixed<sizeof(ZeXpIndexEntry)>, WriteIndexEntries},
-    {ZE_XP_STREAM_ROLES, "StreamRoles", ZE_XT_RECORD, Scope::File, Rule::Exactly, Fixed<sizeof(ZeXpStreamRoles)>,
+    {ZE_XP_STREAM_ROLES, "StreamRoles", ZE_XT_RECORD, Scope::File, SizeRule::Exactly, Fixed<sizeof(ZeXpStreamRoles)>,
      [](Ask& a) { return Put(a, a.source.Roles()); }},
-    {ZE_XP_FRAME_COUNT, "FrameCount", ZE_XT_UINT32, Scope::File, Rule::Exactly, Fixed<4>,
+    {ZE_XP_FRAME_COUNT, "FrameCount", ZE_XT_UINT32, Scope::File, SizeRule::Exactly, Fixed<4>,
      [](Ask& a) { return Put(a, static_cast<uint32_t>(a.source.VideoFrameCount())); }},
-    {ZE_XP_DV_VIDEO_PARAMS, "DVVideoParams", ZE_XT_RECORD, Scope::DV, Rule::Exactly, Fixed<sizeof(ZeXpDVVideoParams)>,
+    {ZE_XP_DV_VIDEO_PARAMS, "DVVideoParams", ZE_XT_RECORD, Scope::DV, SizeRule::Exactly,
+     Fixed<sizeof(ZeXpDVVideoParams)>,
      [](Ask& a) { return Put(a, a.source.DVVideoParams()); }},
-    {ZE_XP_DV_AUDIO_PARAMS, "DVAudioParams", ZE_XT_RECORD, Scope::DV, Rule::Exactly, Fixed<sizeof(ZeXpDVAudioParams)>,
+    {ZE_XP_DV_AUDIO_PARAMS, "DVAudioParams", ZE_XT_RECORD, Scope::DV, SizeRule::Exactly,
+     Fixed<sizeof(ZeXpDVAudioParams)>,
      [](Ask& a) { return Put(a, a.source.DVAudioParams()); }},
-    {ZE_XP_DV_RECORDING_TEXT, "RecordingDateTime", ZE_XT_TEXT, Scope::DVFrame, Rule::AtLeast,
+    {ZE_XP_DV_RECORDING_TEXT, "RecordingDateTime", ZE_XT_TEXT, Scope::DVFrame, SizeRule::AtLeast,
      Fixed<ZeDV::kDateTimeTextSize>, WriteRecordingText},
-    {ZE_XP_DV_TIMESTAMP, "Timestamp", ZE_XT_RECORD, Scope::DVFrame, Rule::Exactly, Fixed<sizeof(ZeXpDVTimestamp)>,
+    {ZE_XP_DV_TIMESTAMP, "Timestamp", ZE_XT_RECORD, Scope::DVFrame, SizeRule::Exactly, Fixed<sizeof(ZeXpDVTimestamp)>,
      WriteTimestamp},
-    {ZE_XP_COLOR_FORMAT_COUNT, "ColorFormatCount", ZE_XT_UINT32, Scope::Always, Rule::Exactly, Fixed<4>,
+    {ZE_XP_COLOR_FORMAT_COUNT, "ColorFormatCount", ZE_XT_UINT32, Scope::Always, SizeRule::Exactly, Fixed<4>,
      [](Ask& a) { return Put(a, kColorFormatCount); }},
-    {ZE_XP_COLOR_FORMAT_NAME, "ColorFormatName", ZE_XT_TEXT, Scope::ColorFormat, Rule::AtLeast,
+    {ZE_XP_COLOR_FORMAT_NAME, "ColorFormatName", ZE_XT_TEXT, Scope::ColorFormat, SizeRule::AtLeast,
      [](const Ask& a) {
          return a.item < kColorFormatCount ? static_cast<uint32_t>(std::strlen(kColorFormats[a.item].name) + 1) : 1u;
      },
      [](Ask& a) { return PutText(a, kColorFormats[a.item].name); }},
-    {ZE_XP_COLOR_FORMAT_SUBTYPE, "ColorFormatSubtype", ZE_XT_GUID, Scope::ColorFormat, Rule::Exactly,
+    {ZE_XP_COLOR_FORMAT_SUBTYPE, "ColorFormatSubtype", ZE_XT_GUID, Scope::ColorFormat, SizeRule::Exactly,
      Fixed<sizeof(GUID)>, [](Ask& a) { return Put(a, *kColorFormats[a.item].subtype); }},
-    {ZE_XP_PREFERRED_COLOR_FORMAT, "PreferredColorFormat", ZE_XT_GUID, Scope::Always, Rule::Exactly,
+    {ZE_XP_PREFERRED_COLOR_FORMAT, "PreferredColorFormat", ZE_XT_GUID, Scope::Always, SizeRule::Exactly,
      Fixed<sizeof(GUID)>, [](Ask& a) { return Put(a, *a.preferredSubtype); }},
-    {ZE_XP_YUV_COLOR_FORMAT, "YuvColorFormat", ZE_XT_GUID, Scope::Always, Rule::Exactly, Fixed<sizeof(GUID)>,
+    {ZE_XP_YUV_COLOR_FORMAT, "YuvColorFormat", ZE_XT_GUID, Scope::Always, SizeRule::Exactly, Fixed<sizeof(GUID)>,
      [](Ask& a) { return Put(a, *a.yuvSubtype); }},
-    {ZE_XP_CAMERA_FIRST, nullptr, ZE_XT_UINT32, Scope::CameraFrame, Rule::ByAccessor, Fixed<4>, WriteCamera,
+    {ZE_XP_CAMERA_FIRST, nullptr, ZE_XT_UINT32, Scope::CameraFrame, SizeRule::ByAccessor, Fixed<4>, WriteCamera,
      ZE_XP_CAMERA_ROWS},
 };
 
@@ -256,14 +258,14 @@ Facts Describe(const Param& p, const Ask& a) {
     switch (p.scope) {
     case Scope::Always: break;
     case Scope::File: f.state = fileState; break;
-    case Scope::Stream: f.state = streamState, f.count = streams; break;
-    case Scope::IndexEntry: f.state = within(streamState, entries), f.count = entries; break;
+    case Scope::Stream: f.state = streamState; f.count = streams; break;
+    case Scope::IndexEntry: f.state = within(streamState, entries); f.count = entries; break;
     case Scope::DV: f.state = dvState; break;
-    case Scope::DVFrame: f.state = within(dvState, frames), f.count = static_cast<uint32_t>(frames); break;
-    case Scope::CameraFrame: f.state = within(dvState, frames), f.count = ZE_XP_CAMERA_ROWS; break;
-    case Scope::ColorFormat: f.state = within(S_OK, kColorFormatCount), f.count = kColorFormatCount; break;
+    case Scope::DVFrame: f.state = within(dvState, frames); f.count = static_cast<uint32_t>(frames); break;
+    case Scope::CameraFrame: f.state = within(dvState, frames); f.count = ZE_XP_CAMERA_ROWS; break;
+    case Scope::ColorFormat: f.state = within(S_OK, kColorFormatCount); f.count = kColorFormatCount; break;
     }
-    // A stream without a format block has no format bytes to give.
+    // Only a format block can come out empty: a stream without one has nothing to give.
     if (f.state == S_OK && f.bytes == 0) f.state = E_AVI_VIDEOFORMATHEADER;
     return f;
 }
@@ -304,16 +306,9 @@ HRESULT CZEAviReader::ExchangeGet(DWORD paramId, DWORD stream, DWORD item, ZeExc
     const Param* p = FindParam(paramId);
     if (!p) return Report(kGet, E_INVALIDARG);
     const bool parsed = source.IsParsed();
-    Ask ask{source,
-            paramId,
-            stream,
-            item,
-            parsed,
-            parsed && source.HasStream(stream),
-            value,
-            &m_preferredSubtype,
-            &m_yuvSubtype,
-            [this, item](const uint8_t** data, uint64_t* bytes) { return ExchangeFrame(item, data, bytes); }};
+    const auto frame = [this, item](const uint8_t** data, uint64_t* bytes) { return ExchangeFrame(item, data, bytes); };
+    Ask ask{source, paramId, stream, item, parsed, parsed && source.HasStream(stream), value, &m_preferredSubtype,
+            &m_yuvSubtype, frame};
     const Facts f = Describe(*p, ask);
     if (f.state != S_OK) return Report(kGet, f.state);
     if (p->rule == SizeRule::ByAccessor) return p->write(ask);

@@ -153,7 +153,8 @@ HRESULT CZEAviReader::GetRawSampleLocked(DWORD kind, DWORD timeFormat, LONGLONG 
     if (kind == ZE_RAW_VIDEO) {
         const std::optional<ZeXpStreamHeader> video = source.VideoHeader();
         double fps = 0.0;
-        if (video && video->dwScale != 0) fps = static_cast<double>(video->dwRate) / static_cast<double>(video->dwScale);
+        if (video && video->dwScale != 0)
+            fps = static_cast<double>(video->dwRate) / static_cast<double>(video->dwScale);
         const double t = static_cast<double>(time);
         uint64_t frame = 0;
         if (timeFormat == ZE_TIME_SECONDS)
