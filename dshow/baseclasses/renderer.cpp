@@ -299,7 +299,12 @@ HRESULT CBaseRenderer::WaitForRenderTime()
 HRESULT CBaseRenderer::Render(IMediaSample* sample)
 {
     OnRenderStart(sample);
-    const HRESULT hr = DoRenderSample(sample);
+    HRESULT hr = E_OUTOFMEMORY;
+    try {
+        hr = DoRenderSample(sample);
+    } catch (const std::bad_alloc&) {
+        // The derived renderer ran out of memory; Receive must still return normally.
+    }
     OnRenderEnd(sample);
     return hr;
 }

@@ -26,15 +26,15 @@ CBasePin* CTransformFilter::GetPin(int n)
 HRESULT STDMETHODCALLTYPE CTransformFilter::FindPin(LPCWSTR id, IPin** pin)
 {
     // The names every transform answers to, whatever its pins are called.
+    static const WCHAR kIn[] = {'I', 'n', 0};
+    static const WCHAR kOut[] = {'O', 'u', 't', 0};
     if (id != nullptr && pin != nullptr) {
-        if (WideNameEquals(id, MakeWideName("In").c_str())) {
-            *pin = m_pInput.get();
-            m_pInput->AddRef();
-            return S_OK;
-        }
-        if (WideNameEquals(id, MakeWideName("Out").c_str())) {
-            *pin = m_pOutput.get();
-            m_pOutput->AddRef();
+        CBasePin* named = WideNameEquals(id, kIn) ? static_cast<CBasePin*>(m_pInput.get())
+                          : WideNameEquals(id, kOut) ? static_cast<CBasePin*>(m_pOutput.get())
+                                                     : nullptr;
+        if (named != nullptr) {
+            *pin = named;
+            named->AddRef();
             return S_OK;
         }
     }

@@ -1,6 +1,8 @@
 // The transform filter's pins: each asks the filter and adds the pin's own checks.
 #include "dshow/baseclasses/transform_filter.h"
 
+#include <new>
+
 // ---- input ----
 
 CTransformInputPin::CTransformInputPin(const char* objectName, CTransformFilter* filter, HRESULT* phr,
@@ -20,18 +22,27 @@ HRESULT STDMETHODCALLTYPE CTransformInputPin::Receive(IMediaSample* sample)
 {
     CAutoLock hold(&m_pTransformFilter->m_csReceive);
     HRESULT hr = CBaseInputPin::Receive(sample);
-    if (hr == S_OK)
-        hr = m_pTransformFilter->Receive(sample);
-    return hr;
+    if (hr != S_OK)
+        return hr;
+    // The filter's own work may allocate; a failure stays on this side of the interface.
+    try {
+        return m_pTransformFilter->Receive(sample);
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
+    }
 }
 
 HRESULT STDMETHODCALLTYPE CTransformInputPin::EndOfStream()
 {
     CAutoLock hold(&m_pTransformFilter->m_csReceive);
-    HRESULT hr = CheckStreaming();
-    if (hr == S_OK)
-        hr = m_pTransformFilter->EndOfStream();
-    return hr;
+    const HRESULT hr = CheckStreaming();
+    if (hr != S_OK)
+        return hr;
+    try {
+        return m_pTransformFilter->EndOfStream();
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
+    }
 }
 
 HRESULT STDMETHODCALLTYPE CTransformInputPin::BeginFlush()

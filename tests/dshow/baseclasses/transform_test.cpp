@@ -222,4 +222,22 @@ TEST_F(PassThroughTest, StoppingDownstreamFirstReleasesAPusherHeldByAPausedRende
     EXPECT_EQ(renderer->Count(), 0u);
 }
 
+TEST_F(PassThroughTest, PinsAreFoundAsInAndOutWhateverTheirNames)
+{
+    const struct {
+        const char* id;
+        IPin* pin;
+    } cases[] = {
+        {"In", transform->Input()},
+        {"Out", transform->Output()},
+        {"XForm In", transform->Input()},
+        {"Other", nullptr},
+    };
+    for (const auto& c : cases) {
+        CInterfacePtr<IPin> found;
+        EXPECT_EQ(transform->FindPin(MakeWideName(c.id).c_str(), found.Out()), c.pin ? S_OK : VFW_E_NOT_FOUND) << c.id;
+        EXPECT_EQ(found.Get(), c.pin) << c.id;
+    }
+}
+
 }  // namespace
