@@ -12,8 +12,10 @@
 namespace zedec {
 
 // The output formats in the order the filter offers them: packed YUV first, then RGB, as
-// Windows' DV Video Decoder lists its types (YUY2, UYVY, RGB24, RGB32). Every row offers the
-// same list.
+// Windows' DV Video Decoder lists its types (YUY2, UYVY, RGB24, RGB32; its ARGB32, RGB565, RGB555,
+// RGB8 and Y41P are not made here). The order of Windows' own list is not documented beyond the
+// documentation's listing; we follow that listing. Every row offers the same list: the MJPEG
+// Decompressor's concrete output types are not documented either.
 extern const DibFormat kOfferedOutputs[4];
 
 struct InputFormat {
@@ -29,14 +31,17 @@ struct InputFormat {
 bool ReadInputType(const AM_MEDIA_TYPE& type, const DecoderRow& row, InputFormat* format);
 
 // Output type number `index` for pictures of width x height: VIDEOINFOHEADER, RGB with a positive
-// (bottom-up) height, YUV with a positive height as well (YUV is top-down whatever the sign).
+// (bottom-up) height, YUV with a positive height as well (YUV is top-down whatever the sign). The
+// sign Windows' decoders propose is not documented; positive is the DIB convention we choose.
 // False past the last one.
 bool MakeOutputType(int index, int width, int height, REFERENCE_TIME frameDuration, CMediaType* type);
 
 // Whether a proposed output type describes pictures of width x height in a format the filter
 // writes: a FORMAT_VideoInfo or FORMAT_VideoInfo2 block whose biWidth is at least the width (a
 // wider biWidth is the stride, with rcTarget giving the picture), |biHeight| equal to the height,
-// and the bit count and compression of the subtype. Fills *layout when it does.
+// and the bit count and compression of the subtype. Fills *layout when it does. A proposal of
+// another picture size is refused: the decoders do not scale (whether Windows' DV decoder accepts
+// one is not documented; refusing is our choice).
 bool ReadOutputType(const AM_MEDIA_TYPE& type, int width, int height, DibLayout* layout);
 
 }  // namespace zedec

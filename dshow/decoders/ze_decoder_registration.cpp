@@ -52,11 +52,8 @@ struct Registration {
     std::vector<ZeSystemFilter> rows;
 };
 
-}  // namespace
-
+// Answers like a module's DllGetClassObject for every class of the table.
 HRESULT STDAPICALLTYPE GetDecoderClassObject(REFCLSID clsid, REFIID iid, LPVOID* object);
-
-namespace {
 
 Registration& Build()
 {
@@ -95,8 +92,6 @@ Registration& TheRegistration()
     return reg;
 }
 
-}  // namespace
-
 HRESULT STDAPICALLTYPE GetDecoderClassObject(REFCLSID clsid, REFIID iid, LPVOID* object)
 {
     if (!object)
@@ -109,6 +104,7 @@ HRESULT STDAPICALLTYPE GetDecoderClassObject(REFCLSID clsid, REFIID iid, LPVOID*
     return CLASS_E_CLASSNOTAVAILABLE;
 }
 
+}  // namespace
 }  // namespace zedec
 
 void ZeDShowDecodersRegisterClasses()

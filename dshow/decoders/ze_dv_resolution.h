@@ -3,10 +3,13 @@
 //
 // FULL, HALF, QUARTER and DC are DVRESOLUTION_FULL..DC (1000..1003). The divisors 1, 2, 4 and 8
 // are taken as the same four resolutions: callers that think of the picture as divided by a
-// scale factor hand the decoder the divisor itself. Every other value is refused.
+// scale factor hand the decoder the divisor itself. Every other value is refused. What Windows'
+// DV decoder answers for values outside 1000..1003 is not documented; accepting the divisors is
+// our choice. The starting resolution is FULL, also our choice for the same reason.
 //
 // Sizes are the full picture divided by 1, 2, 4 and 8, except that the DC picture keeps only the
-// largest multiple of 8 columns: 720 / 8 = 90 becomes 88 (PAL 88x72, NTSC 88x60). libavcodec's
+// largest multiple of 8 columns: 720 / 8 = 90 becomes 88 (PAL 88x72, NTSC 88x60), the DC size
+// Windows' DV decoder gives. libavcodec's
 // lowres 3 decodes the DC coefficients into 90 columns; the DC picture is its left 88 columns,
 // cropped rather than scaled, so that every pixel stays the decoder's own and YUY2 keeps whole
 // two-pixel pairs.

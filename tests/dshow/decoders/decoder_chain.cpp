@@ -66,7 +66,13 @@ DecoderChain::DecoderChain(REFCLSID decoder, const CMediaType& input, LONG large
     m_chain.Add(m_renderer, "renderer");
 }
 
-HRESULT DecoderChain::Connect() { return FAILED(m_created) ? m_created : m_chain.ConnectAll(); }
+HRESULT DecoderChain::Connect(const AM_MEDIA_TYPE* outputType)
+{
+    if (FAILED(m_created))
+        return m_created;
+    const HRESULT hr = m_chain.Connect(0);
+    return FAILED(hr) ? hr : m_chain.Connect(1, outputType);
+}
 HRESULT DecoderChain::Run() { return m_chain.Run(); }
 HRESULT DecoderChain::Stop() { return m_chain.Stop(); }
 

@@ -32,7 +32,8 @@ public:
     zetest::TestSourceFilter& Source() { return *m_source; }
     zetest::CollectingRenderer& Renderer() { return *m_renderer; }
 
-    HRESULT Connect();   // source -> decoder, then decoder -> renderer
+    // source -> decoder, then decoder -> renderer (with `outputType` when given).
+    HRESULT Connect(const AM_MEDIA_TYPE* outputType = nullptr);
     HRESULT Run();       // every filter paused, then running
     HRESULT Stop();
 

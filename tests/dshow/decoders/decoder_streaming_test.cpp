@@ -2,6 +2,9 @@
 // discarded on a flush or a new segment, and the DV resolution that may change only while stopped.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <string>
+
 extern "C" {
 #include <libavcodec/codec_id.h>
 }
@@ -154,6 +157,58 @@ TEST_F(StreamingTest, DvResolutionChangesOnlyWhileStopped)
     ASSERT_EQ(samples.size(), 1u);
     EXPECT_EQ(samples[0].bytes.size(), 360u * 3 * 288);
     dv->Release();
+}
+
+// An RGB24 type for 720x576 pictures as a renderer might propose it: rows of `rowPixels`, the
+// picture in rcTarget, bottom-up or top-down by the sign of the height.
+CMediaType ProposedRgb24(int rowPixels, int width, int height)
+{
+    CMediaType type(&MEDIATYPE_Video);
+    type.SetSubtype(&MEDIASUBTYPE_RGB24);
+    type.SetFormatType(&FORMAT_VideoInfo);
+    auto* vih = reinterpret_cast<VIDEOINFOHEADER*>(type.AllocFormatBuffer(sizeof(VIDEOINFOHEADER)));
+    vih->rcTarget = RECT{0, 0, width, std::abs(height)};
+    vih->bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
+    vih->bmiHeader.biWidth = rowPixels;
+    vih->bmiHeader.biHeight = height;
+    vih->bmiHeader.biPlanes = 1;
+    vih->bmiHeader.biBitCount = 24;
+    vih->bmiHeader.biSizeImage = DWORD(rowPixels * 3 * std::abs(height));
+    type.SetSampleSize(vih->bmiHeader.biSizeImage);
+    return type;
+}
+
+TEST_F(StreamingTest, TakesAProposedStrideAndRowOrderButNotAnotherSize)
+{
+    const Clip* clip = Load("dv_pal");
+    ASSERT_TRUE(clip);
+    const dectest::Pictures truth = dectest::FfmpegPictures("dv_pal", "bgr24", 720, 576);
+    ASSERT_FALSE(truth.pictures.empty());
+    const struct {
+        int rowPixels, width, height;
+        bool accepted;
+    } proposals[] = {{768, 720, 576, true}, {720, 720, -576, true}, {360, 360, 288, false}, {704, 704, 576, false}};
+    for (const auto& p : proposals) {
+        SCOPED_TRACE(std::to_string(p.rowPixels) + " " + std::to_string(p.height));
+        dectest::DecoderChain chain(CLSID_DVVideoCodec, dectest::ClipInputType(*clip, ZeFourcc('d', 'v', 's', 'd')),
+                                    LONG(clip->packets[0].bytes.size()), GUID_NULL);
+        const CMediaType proposed = ProposedRgb24(p.rowPixels, p.width, p.height);
+        const HRESULT hr = chain.Connect(&proposed);
+        if (!p.accepted) {
+            EXPECT_TRUE(FAILED(hr));
+            continue;
+        }
+        ASSERT_EQ(hr, S_OK);
+        ASSERT_EQ(chain.Run(), S_OK);
+        ASSERT_EQ(chain.Push(clip->packets[0]), S_OK);
+        const std::vector<zetest::RenderedSample> samples = chain.Renderer().Samples();
+        ASSERT_EQ(samples.size(), 1u);
+        const size_t stride = size_t(p.rowPixels) * 3;
+        ASSERT_EQ(samples[0].bytes.size(), stride * 576);
+        const std::vector<uint8_t> rows =
+            dectest::TopDownRows(samples[0].bytes.data(), stride, 720 * 3, 576, p.height > 0);
+        EXPECT_TRUE(rows == truth.pictures[0]);
+    }
 }
 
 TEST_F(StreamingTest, OnlyTheDvDecoderHasDvResolutions)
