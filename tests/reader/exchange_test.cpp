@@ -148,6 +148,38 @@ TEST_F(Exchange, IndexEntriesInBatches) {
     EXPECT_TRUE(Fails(Read(ZE_XP_INDEX_ENTRIES, 1, 10, &one), E_INVALIDARG, kGet));
 }
 
+TEST_F(Exchange, CheckSaysWhatExistsAndHowManyItemsThereAre) {
+    VideoFile plan;
+    plan.frames = 10;
+    plan.audio = true;
+    Open(VideoAvi(plan));  // two streams of ten chunks each, no DV
+    struct Row {
+        uint32_t id, stream, item;
+        DWORD available, count;
+    } rows[] = {
+        {ZE_XP_STREAM_COUNT, 0, 0, 1, 1},        {ZE_XP_STREAM_HEADER, 1, 0, 1, 2},
+        {ZE_XP_STREAM_HEADER, 2, 0, 0, 2},       {ZE_XP_STREAM_NAME, 0, 0, 1, 2},
+        {ZE_XP_INDEX_ENTRIES, 1, 9, 1, 10},      {ZE_XP_INDEX_ENTRIES, 0, 10, 0, 10},
+        {ZE_XP_INDEX_ENTRIES, 5, 0, 0, 0},       {ZE_XP_FRAME_COUNT, 0, 0, 1, 1},
+        {ZE_XP_DV_VIDEO_PARAMS, 0, 0, 0, 1},     {ZE_XP_DV_RECORDING_TEXT, 0, 0, 0, 10},
+        {ZE_XP_CAMERA_FIRST + 3, 0, 0, 0, 58},   {ZE_XP_COLOR_FORMAT_NAME, 0, 2, 1, 3},
+        {ZE_XP_COLOR_FORMAT_NAME, 0, 3, 0, 3},   {ZE_XP_YUV_COLOR_FORMAT, 9, 9, 1, 1},
+    };
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.id);
+        DWORD available = 9, count = 99;
+        ASSERT_EQ(S_OK,
+                  exchange->Check(r.id, r.stream, r.item, &available, nullptr, nullptr, &count, nullptr, nullptr));
+        EXPECT_EQ(r.available, available);
+        EXPECT_EQ(r.count, count);
+    }
+    EXPECT_TRUE(NothingReported());
+    // Identifiers between and past the parameters are unknown.
+    for (uint32_t id : {0x000Cu, 0x0104u, ZE_XP_CAMERA_FIRST + ZE_XP_CAMERA_ROWS})
+        EXPECT_TRUE(Fails(exchange->Check(id, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+                          E_INVALIDARG, kCheck));
+}
+
 TEST_F(Exchange, ColourFormats) {
     uint32_t count = 0;
     ASSERT_EQ(S_OK, Read(ZE_XP_COLOR_FORMAT_COUNT, 0, 0, &count));
