@@ -211,6 +211,48 @@ TEST_F(StreamingTest, TakesAProposedStrideAndRowOrderButNotAnotherSize)
     }
 }
 
+// The DV info format block of a clip, its VAUX source pack (id 0x60) read from the first frame's
+// VAUX DIF blocks (section type 2, fifteen 5-byte packs after a 3-byte block id).
+CMediaType DvInfoType(const Clip& clip)
+{
+    DVINFO info{};
+    const std::vector<uint8_t>& frame = clip.packets[0].bytes;
+    for (size_t block = 0; block + 80 <= frame.size() && !info.dwDVVAuxSrc; block += 80) {
+        if ((frame[block] >> 5) != 2)
+            continue;
+        for (size_t pack = block + 3; pack + 5 <= block + 80; pack += 5)
+            if (frame[pack] == 0x60) {
+                info.dwDVVAuxSrc = DWORD(frame[pack + 1]) | DWORD(frame[pack + 2]) << 8 |
+                                   DWORD(frame[pack + 3]) << 16 | DWORD(frame[pack + 4]) << 24;
+                break;
+            }
+    }
+    CMediaType type(&MEDIATYPE_Video);
+    type.SetSubtype(&MEDIASUBTYPE_dvsd);
+    type.SetFormatType(&FORMAT_DvInfo);
+    type.SetFormat(reinterpret_cast<const BYTE*>(&info), sizeof info);
+    return type;
+}
+
+TEST_F(StreamingTest, DvInfoInputGivesThePalOrNtscPicture)
+{
+    for (const auto& [name, height] : {std::pair{"dv_pal", 576}, {"dv_ntsc", 480}}) {
+        SCOPED_TRACE(name);
+        const Clip* clip = Load(name);
+        ASSERT_TRUE(clip);
+        dectest::DecoderChain chain(CLSID_DVVideoCodec, DvInfoType(*clip), LONG(clip->packets[0].bytes.size()),
+                                    MEDIASUBTYPE_RGB24);
+        ASSERT_EQ(chain.Connect(), S_OK);
+        ASSERT_EQ(chain.Run(), S_OK);
+        ASSERT_EQ(chain.Push(clip->packets[0]), S_OK);
+        const std::vector<zetest::RenderedSample> samples = chain.Renderer().Samples();
+        ASSERT_EQ(samples.size(), 1u);
+        const dectest::Pictures truth = dectest::FfmpegPictures(name, "bgr24", 720, height);
+        ASSERT_FALSE(truth.pictures.empty());
+        EXPECT_TRUE(dectest::PictureRows(samples[0]) == truth.pictures[0]);
+    }
+}
+
 TEST_F(StreamingTest, OnlyTheDvDecoderHasDvResolutions)
 {
     dectest::MakeDecodersCreatable();
