@@ -183,6 +183,10 @@ private:
     HRESULT FindFirstVideoChunk(uint64_t start, uint64_t* dataPosition);
     HRESULT ParseStreamIdx1Chunk(uint64_t position, uint64_t* moviBase, uint64_t firstVideoData);
 
+    // Frame `number` of the first video stream into `*frame` (sized by the caller) for a DV
+    // parameter step; `*got` the bytes it holds.
+    HRESULT ReadParameterFrame(uint64_t number, std::vector<uint8_t>* frame, size_t* got);
+
     // Final repairs of the parse (frame counts, audio length).
     HRESULT FinishStreams();
 

@@ -49,6 +49,17 @@ HRESULT AllocateFrame(uint32_t size, uint32_t largestFrame, uint64_t fileSize, s
 
 }  // namespace
 
+HRESULT CZeAviFileParser::ReadParameterFrame(uint64_t number, std::vector<uint8_t>* frame, size_t* got) {
+    uint64_t bytesRead = 0;
+    uint8_t flags = 0;
+    int16_t tolerance = 0;
+    const HRESULT hr = GetFrame(frame->data(), &number, &bytesRead, &flags, &tolerance);
+    if (FAILED(hr)) return hr;
+    // bytesRead is all ones only for a blank frame past the end, which the callers' lookups exclude.
+    *got = bytesRead > frame->size() ? frame->size() : static_cast<size_t>(bytesRead);
+    return S_OK;
+}
+
 HRESULT CZeAviFileParser::DecodeDVVideoParams() {
     const CZeAviStreamList* principal = GetPrincipalStream();
     if (principal == nullptr || principal->GetIndexList().IsEmpty()) {
@@ -66,22 +77,13 @@ HRESULT CZeAviFileParser::DecodeDVVideoParams() {
 
     // The frame after the first is tried first. One larger than the first counts as a failed read
     // (it would not fit a buffer sized for the first), so the first frame is used instead.
-    uint64_t bytesRead = 0;
-    uint8_t flags = 0;
-    int16_t tolerance = 0;
     uint64_t nextPosition = 0;
     uint32_t nextSize = 0;
     LookupEntry(GetFirstVideoStreamNumber(), first + 1, &nextPosition, &nextSize);
-    uint64_t number = first + 1;
     const bool tooLarge = nextSize != kAllOnes && nextSize > size;
-    hr = tooLarge ? E_FAIL : GetFrame(frame.data(), &number, &bytesRead, &flags, &tolerance);
-    if (FAILED(hr)) {
-        number = first;
-        hr = GetFrame(frame.data(), &number, &bytesRead, &flags, &tolerance);
-        if (FAILED(hr)) return hr;
-    }
-    // bytesRead is all ones only for a blank frame past the end, which the lookups above exclude.
-    const size_t got = bytesRead > frame.size() ? frame.size() : static_cast<size_t>(bytesRead);
+    size_t got = 0;
+    hr = tooLarge ? E_FAIL : ReadParameterFrame(first + 1, &frame, &got);
+    if (FAILED(hr) && FAILED(hr = ReadParameterFrame(first, &frame, &got))) return hr;
     // A frame too short for some packs leaves their parameters 0, as a frame without them does.
     ZeDV::DecodeVideoParamsFromFrame(frame.data(), got, &m_dvVideo);
     return S_OK;
@@ -93,19 +95,15 @@ HRESULT CZeAviFileParser::DecodeDVAudioParams() {
         return ReportError(kClass, "DecodeDVAudioParams", E_FAIL);
     }
     m_dvAudio = ZeDVAudioParams{};
-    uint64_t number = GetMainHeader().GetInitialFrames();
+    const uint64_t number = GetMainHeader().GetInitialFrames();
     uint64_t position = 0;
     uint32_t size = 0;
     LookupEntry(0, number, &position, &size);
     std::vector<uint8_t> frame;
     HRESULT hr = AllocateFrame(size, GetMaxVideoFrameSize(), GetFileSize(), &frame, "DecodeDVAudioParams");
     if (FAILED(hr)) return hr;
-    uint64_t bytesRead = 0;
-    uint8_t flags = 0;
-    int16_t tolerance = 0;
-    hr = GetFrame(frame.data(), &number, &bytesRead, &flags, &tolerance);
-    if (FAILED(hr)) return hr;
-    const size_t got = bytesRead > frame.size() ? frame.size() : static_cast<size_t>(bytesRead);
+    size_t got = 0;
+    if (FAILED(hr = ReadParameterFrame(number, &frame, &got))) return hr;
     ZeDV::DecodeAudioParamsFromFrame(frame.data(), got, &m_dvAudio);
     return S_OK;
 }
