@@ -21,20 +21,21 @@ DWORD CheckValueName(LPCSTR valueName, std::string& name) {
 }
 
 // The open key's node in a freshly loaded tree. A key deleted behind an open handle gives ERROR_KEY_DELETED.
-DWORD OpenNode(RegKey& root, const OpenRegKey& key, RegKey*& node) {
+template <typename Key>
+DWORD OpenNode(Key& root, const OpenRegKey& key, Key*& node) {
     node = FindKey(root, key.path);
     return node != nullptr ? ERROR_SUCCESS : ERROR_KEY_DELETED;
 }
 
 // Loads the store and finds the key behind `key` for a read that needs the access `needed`.
-DWORD ReadNode(HKEY key, REGSAM needed, RegKey& root, RegKey*& node) {
+DWORD ReadNode(HKEY key, REGSAM needed, std::shared_ptr<const RegKey>& root, const RegKey*& node) {
     OpenRegKey open;
     DWORD err = LookupRegKey(key, open);
     if (err != ERROR_SUCCESS) return err;
     if ((open.access & needed) != needed) return ERROR_ACCESS_DENIED;
-    err = LoadRegistry(root);
+    err = ReadRegistry(root);
     if (err != ERROR_SUCCESS) return err;
-    return OpenNode(root, open, node);
+    return OpenNode(*root, open, node);
 }
 
 bool SamePath(const RegPath& a, const RegPath& b) {
@@ -113,17 +114,17 @@ LONG DoOpenKeyExA(HKEY key, LPCSTR subKey, DWORD, REGSAM desired, PHKEY result) 
     RegPath parts;
     DWORD err = ResolveSubKey(key, subKey, parent, parts);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
-    RegKey root;
-    err = LoadRegistry(root);
+    std::shared_ptr<const RegKey> root;
+    err = ReadRegistry(root);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
-    RegKey* node = nullptr;
-    err = OpenNode(root, parent, node);
+    const RegKey* node = nullptr;
+    err = OpenNode(*root, parent, node);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     OpenRegKey opened;
     opened.path = parent.path;
     opened.path.insert(opened.path.end(), parts.begin(), parts.end());
     opened.access = desired;
-    if (FindKey(root, opened.path) == nullptr) return ERROR_FILE_NOT_FOUND;
+    if (FindKey(*root, opened.path) == nullptr) return ERROR_FILE_NOT_FOUND;
     *result = NewRegKeyHandle(opened);
     return ERROR_SUCCESS;
 }
@@ -160,8 +161,8 @@ LONG DoQueryValueExA(HKEY key, LPCSTR valueName, LPDWORD reserved, LPDWORD type,
     std::string name;
     DWORD err = CheckValueName(valueName, name);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
-    RegKey root;
-    RegKey* node = nullptr;
+    std::shared_ptr<const RegKey> root;
+    const RegKey* node = nullptr;
     err = ReadNode(key, KEY_QUERY_VALUE, root, node);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     const RegValue* value = node->FindValue(name);
@@ -173,8 +174,8 @@ LONG DoQueryValueExA(HKEY key, LPCSTR valueName, LPDWORD reserved, LPDWORD type,
 LONG DoEnumKeyExA(HKEY key, DWORD index, LPSTR name, LPDWORD nameChars, LPDWORD reserved, LPSTR keyClass,
                   LPDWORD classChars, FILETIME* lastWrite) {
     if (name == nullptr || nameChars == nullptr || reserved != nullptr) return ERROR_INVALID_PARAMETER;
-    RegKey root;
-    RegKey* node = nullptr;
+    std::shared_ptr<const RegKey> root;
+    const RegKey* node = nullptr;
     DWORD err = ReadNode(key, KEY_ENUMERATE_SUB_KEYS, root, node);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     if (index >= node->subkeys.size()) return ERROR_NO_MORE_ITEMS;
@@ -195,8 +196,8 @@ LONG DoEnumValueA(HKEY key, DWORD index, LPSTR valueName, LPDWORD valueNameChars
         (data != nullptr && dataSize == nullptr)) {
         return ERROR_INVALID_PARAMETER;
     }
-    RegKey root;
-    RegKey* node = nullptr;
+    std::shared_ptr<const RegKey> root;
+    const RegKey* node = nullptr;
     DWORD err = ReadNode(key, KEY_QUERY_VALUE, root, node);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     if (index >= node->values.size()) return ERROR_NO_MORE_ITEMS;
@@ -211,8 +212,8 @@ LONG DoQueryInfoKeyA(HKEY key, LPSTR keyClass, LPDWORD classChars, LPDWORD reser
                      LPDWORD maxSubKeyChars, LPDWORD maxClassChars, LPDWORD values, LPDWORD maxValueNameChars,
                      LPDWORD maxValueSize, LPDWORD securityDescriptorSize, FILETIME* lastWrite) {
     if (reserved != nullptr) return ERROR_INVALID_PARAMETER;
-    RegKey root;
-    RegKey* node = nullptr;
+    std::shared_ptr<const RegKey> root;
+    const RegKey* node = nullptr;
     DWORD err = ReadNode(key, KEY_QUERY_VALUE, root, node);
     if (err != ERROR_SUCCESS) return static_cast<LONG>(err);
     size_t longestKey = 0, longestName = 0, largestData = 0;

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <mutex>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -50,13 +51,11 @@ bool MakeFolders(const std::string& folder) {
     return ::mkdir(folder.c_str(), 0777) == 0 || errno == EEXIST;
 }
 
-DWORD ReadWholeFile(const std::string& path, std::string& text) {
+DWORD ReadAll(int fd, std::string& text) {
     text.clear();
-    FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (fd.get() < 0) return errno == ENOENT ? ERROR_SUCCESS : ERROR_CANTREAD;
-    char buffer[16384];
+    char buffer[65536];
     while (true) {
-        ssize_t n = ::read(fd.get(), buffer, sizeof buffer);
+        ssize_t n = ::read(fd, buffer, sizeof buffer);
         if (n < 0) {
             if (errno == EINTR) continue;
             return ERROR_CANTREAD;
@@ -64,6 +63,61 @@ DWORD ReadWholeFile(const std::string& path, std::string& text) {
         if (n == 0) return ERROR_SUCCESS;
         text.append(buffer, static_cast<size_t>(n));
     }
+}
+
+// Which version of the store file a parsed tree came from. Writers replace the file by rename, so a new
+// version has a new inode; size and both times guard against an inode number used again.
+struct FileVersion {
+    std::string path;
+    bool exists = false;
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t size = 0;
+    timespec modified{};
+    timespec changed{};
+
+    static FileVersion Of(const std::string& path, const struct stat* st) {
+        FileVersion v;
+        v.path = path;
+        if (st == nullptr) return v;
+        v.exists = true;
+        v.device = st->st_dev;
+        v.inode = st->st_ino;
+        v.size = st->st_size;
+        v.modified = st->st_mtim;
+        v.changed = st->st_ctim;
+        return v;
+    }
+    bool operator==(const FileVersion& o) const {
+        return path == o.path && exists == o.exists && device == o.device && inode == o.inode && size == o.size &&
+               modified.tv_sec == o.modified.tv_sec && modified.tv_nsec == o.modified.tv_nsec &&
+               changed.tv_sec == o.changed.tv_sec && changed.tv_nsec == o.changed.tv_nsec;
+    }
+};
+
+// The last tree this process read or wrote, with the file version it stands for.
+struct KeptStore {
+    std::mutex mutex;
+    FileVersion version;
+    std::shared_ptr<const RegKey> tree;
+};
+
+KeptStore& Kept() {
+    static KeptStore kept;
+    return kept;
+}
+
+std::shared_ptr<const RegKey> KeptTree(const FileVersion& version) {
+    KeptStore& kept = Kept();
+    std::lock_guard<std::mutex> lock(kept.mutex);
+    return kept.tree != nullptr && kept.version == version ? kept.tree : nullptr;
+}
+
+void Keep(const FileVersion& version, std::shared_ptr<const RegKey> tree) {
+    KeptStore& kept = Kept();
+    std::lock_guard<std::mutex> lock(kept.mutex);
+    kept.version = version;
+    kept.tree = std::move(tree);
 }
 
 bool WriteAll(int fd, const std::string& text) {
@@ -93,13 +147,26 @@ DWORD Publish(const std::string& path, const std::string& text) {
     return ERROR_SUCCESS;
 }
 
-DWORD LoadFrom(const std::string& path, RegKey& root) {
+// The tree of the file's current version: the kept one when the file is unchanged, else parsed anew.
+// The version is taken from the open descriptor, so it always belongs to the bytes read.
+DWORD Snapshot(const std::string& path, std::shared_ptr<const RegKey>& tree) {
+    FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat st;
+    if (fd.get() < 0 && errno != ENOENT) return ERROR_CANTREAD;
+    if (fd.get() >= 0 && ::fstat(fd.get(), &st) != 0) return ERROR_CANTREAD;
+    const FileVersion version = FileVersion::Of(path, fd.get() >= 0 ? &st : nullptr);
+    tree = KeptTree(version);
+    if (tree != nullptr) return ERROR_SUCCESS;
     std::string text;
-    DWORD err = ReadWholeFile(path, text);
-    if (err != ERROR_SUCCESS) return err;
-    root = RegKey();
-    ParseRegText(text, root);
-    EnsureStandardKeys(root);
+    if (fd.get() >= 0) {
+        const DWORD err = ReadAll(fd.get(), text);
+        if (err != ERROR_SUCCESS) return err;
+    }
+    auto parsed = std::make_shared<RegKey>();
+    ParseRegText(text, *parsed);
+    EnsureStandardKeys(*parsed);
+    tree = parsed;
+    Keep(version, tree);
     return ERROR_SUCCESS;
 }
 
@@ -114,7 +181,7 @@ std::string RegistryFilePath() {
     return std::string(home != nullptr ? home : "") + "/.local/share/zeavireader/registry.reg";
 }
 
-DWORD LoadRegistry(RegKey& root) { return LoadFrom(RegistryFilePath(), root); }
+DWORD ReadRegistry(std::shared_ptr<const RegKey>& root) { return Snapshot(RegistryFilePath(), root); }
 
 DWORD UpdateRegistry(const std::function<DWORD(RegKey& root, bool& modified)>& change) {
     const std::string path = RegistryFilePath();
@@ -124,13 +191,18 @@ DWORD UpdateRegistry(const std::function<DWORD(RegKey& root, bool& modified)>& c
     while (::flock(lock.get(), LOCK_EX) != 0) {
         if (errno != EINTR) return ERROR_CANTOPEN;
     }
-    RegKey root;
-    DWORD err = LoadFrom(path, root);
+    std::shared_ptr<const RegKey> current;
+    DWORD err = Snapshot(path, current);
     if (err != ERROR_SUCCESS) return err;
+    auto root = std::make_shared<RegKey>(CopyRegKey(*current));
     bool modified = false;
-    err = change(root, modified);
+    err = change(*root, modified);
     if (err != ERROR_SUCCESS || !modified) return err;
-    return Publish(path, FormatRegText(root));  // the lock goes with `lock`
+    err = Publish(path, FormatRegText(*root));
+    // Still under the lock, so the file now is the one just written.
+    struct stat st;
+    if (err == ERROR_SUCCESS && ::stat(path.c_str(), &st) == 0) Keep(FileVersion::Of(path, &st), std::move(root));
+    return err;  // the lock goes with `lock`
 }
 
 }  // namespace ze_posix

@@ -99,4 +99,13 @@ RegKey* FindKey(RegKey& root, const RegPath& path) {
 
 const RegKey* FindKey(const RegKey& root, const RegPath& path) { return FindKey(const_cast<RegKey&>(root), path); }
 
+RegKey CopyRegKey(const RegKey& key) {
+    RegKey copy;
+    copy.name = key.name;
+    copy.values = key.values;
+    for (const auto& child : key.subkeys)
+        copy.subkeys.emplace(child.first, std::make_unique<RegKey>(CopyRegKey(*child.second)));
+    return copy;
+}
+
 }  // namespace ze_posix

@@ -34,6 +34,9 @@ struct RegKey {
     RegKey& EnsureChild(const std::string& childName, bool* created = nullptr);
 };
 
+// A deep copy of a key with all its values and subkeys.
+RegKey CopyRegKey(const RegKey& key);
+
 // Names compare without regard to ASCII case, as the registry does.
 std::string FoldRegName(const std::string& name);
 
