@@ -253,6 +253,20 @@ TEST_F(StreamingTest, DvInfoInputGivesThePalOrNtscPicture)
     }
 }
 
+TEST_F(StreamingTest, ADamagedPacketGivesNoPictureAndDoesNotStopTheStream)
+{
+    const Clip* clip = Load("mjpeg_s16_stereo");
+    ASSERT_TRUE(clip);
+    auto chain = Chain(*clip, CLSID_MjpegDec, ZeFourcc('M', 'J', 'P', 'G'));
+    ASSERT_EQ(chain->Run(), S_OK);
+    dectest::ClipPacket damaged = clip->packets[0];
+    damaged.bytes.assign(damaged.bytes.size(), 0x5A);
+    EXPECT_EQ(chain->Push(damaged), S_OK);
+    EXPECT_EQ(chain->Renderer().Count(), 0u);
+    EXPECT_EQ(chain->Push(clip->packets[1]), S_OK);
+    EXPECT_EQ(chain->Renderer().Count(), 1u);
+}
+
 TEST_F(StreamingTest, OnlyTheDvDecoderHasDvResolutions)
 {
     dectest::MakeDecodersCreatable();
