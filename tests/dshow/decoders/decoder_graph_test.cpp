@@ -213,7 +213,8 @@ TEST(DecoderGraph, ConnectDirectAndAResolutionChangeReconnectsTheOutput)
     CInterfacePtr<IPin> rendererIn = zetest::FindPin(g.renderer, PINDIR_INPUT);
     EXPECT_EQ(g.graph->ConnectDirect(sourceOut.Get(), decoderIn.Get(), nullptr), S_OK);
     EXPECT_EQ(g.graph->ConnectDirect(decoderOut.Get(), rendererIn.Get(), nullptr), S_OK);
-    const auto* vih = reinterpret_cast<const VIDEOINFOHEADER*>(g.renderer->ConnectedType().Format());
+    const CMediaType before = g.renderer->ConnectedType();
+    const auto* vih = reinterpret_cast<const VIDEOINFOHEADER*>(before.Format());
     EXPECT_EQ(vih->bmiHeader.biWidth, 720);
     EXPECT_EQ(vih->bmiHeader.biHeight, 480);
 
