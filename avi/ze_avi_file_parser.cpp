@@ -5,6 +5,7 @@
 // (ze_avi_parser_access.cpp).
 #include "avi/ze_avi_file_parser.h"
 
+#include "avi/ze_avi_chunk_layouts.h"
 #include "avi/ze_avi_fourcc.h"
 #include "avi/ze_avi_le.h"
 #include "dv/ze_dv_audio_stream.h"
@@ -82,9 +83,9 @@ HRESULT CZeAviFileParser::Parse() {
     uint64_t count = sizeof(head);
     uint64_t got = 0;
     if (FAILED(hr = Read(head, &count, &got))) return hr;
-    if (got < 4) return ReportError(kClass, "Parse", E_AVI_READ);
+    if (got < 4) return ShortBody(got, kListHead, "Parse");
     if (!SameFourCC(LoadLE32(head), kRIFF)) return ReportError(kClass, "Parse", E_AVI_NOVALIDFILE);
-    if (got < sizeof(head)) return ReportError(kClass, "Parse", E_AVI_READ);
+    if (got < sizeof(head)) return ShortBody(got, kListHead, "Parse");
     if (!SameFourCC(LoadLE32(head + 8), kAVI_, 3)) return ReportError(kClass, "Parse", E_AVI_NOVALIDFILE);
 
     uint64_t headerList = 0;

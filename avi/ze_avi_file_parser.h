@@ -34,6 +34,9 @@ class CZeAviBaseIndex;
 namespace ZeDV {
 class CZeDVAudioStream;
 }
+namespace ZeAvi {
+struct FieldLayout;
+}
 
 class CZeAviFileParser {
 public:
@@ -194,6 +197,17 @@ private:
     // under `method`. Fixed-size chunk bodies are read this way in one piece and decoded at their
     // offsets (ze_avi_le.h).
     HRESULT ReadExact(void* buffer, uint64_t count, const char* method);
+    // Reads a body of the fixed fields `layout` names (ze_avi_chunk_layouts.h) in one piece; a body
+    // cut off by the end of the file fails as in ShortBody.
+    HRESULT ReadBody(void* buffer, const ZeAvi::FieldLayout& layout, const char* method);
+    // The failure of a body of `layout` that a read cut off after `got` bytes, as reading its fields
+    // one after another meets it: a cut inside a field is a short read, E_AVI_READ under `method`;
+    // a cut between two fields leaves the next field's read at the end of the file, which the file
+    // layer refuses when the file's size is a multiple of its mapping granularity (reported by Read).
+    HRESULT ShortBody(uint64_t got, const ZeAvi::FieldLayout& layout, const char* method);
+    // Repeats, at the end of the file where a short read left it, the read of a field that would
+    // follow there; returns Read's result.
+    HRESULT ReadOnAtEnd();
     // Seeks to the absolute `position`; a position the file layer cannot reach is reported as
     // E_AVI_SEEK under `method`. The parse steps' own seeks report under "Seek", the public entry
     // they stand for; sample access reports under the access method.

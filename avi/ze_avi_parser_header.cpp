@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "avi/ze_avi_file_parser.h"
+#include "avi/ze_avi_chunk_layouts.h"
 #include "avi/ze_avi_fourcc.h"
 #include "avi/ze_avi_le.h"
 #include "reader/status/ze_error_report.h"
@@ -65,7 +66,7 @@ HRESULT CZeAviFileParser::ParseHeaderChunk(uint64_t position) {
     uint64_t got = 0;
     if (FAILED(hr = Read(body, &count, &got))) return hr;
     for (uint64_t i = 0; i < got / 4; ++i) header.SetWord(static_cast<int>(i), LoadLE32(body + 4 * i));
-    if (got < sizeof(body)) return ReportError(kClass, method, E_AVI_READ);
+    if (got < sizeof(body)) return ShortBody(got, kMainHeaderBody, method);
     return S_OK;
 }
 
@@ -107,7 +108,7 @@ HRESULT CZeAviFileParser::ParseStreamNameChunk(uint64_t position, CZeAviStreamLi
     HRESULT hr = SeekTo(position);
     if (FAILED(hr)) return hr;
     uint8_t head[8];  // identifier and size; a size of 0 is allowed here
-    if (FAILED(hr = ReadExact(head, sizeof(head), method))) return hr;
+    if (FAILED(hr = ReadBody(head, kChunkHead, method))) return hr;
     if (!SameFourCC(LoadLE32(head), kStrn)) return ReportError(kClass, method, E_AVI_READ);
     const uint32_t size = LoadLE32(head + 4);
     // Guard: a name is read up to kMaxStreamName bytes, whatever the chunk declares.
@@ -131,7 +132,7 @@ HRESULT CZeAviFileParser::ParseStreamHeaderChunk(uint64_t position, CZeAviStream
 
     // AVISTREAMHEADER as stored: 56 bytes, the frame rectangle as four 16-bit edges at the end.
     uint8_t body[56];
-    if (FAILED(hr = ReadExact(body, sizeof(body), method))) return hr;
+    if (FAILED(hr = ReadBody(body, kStreamHeaderBody, method))) return hr;
     header.SetFccType(LoadLE32(body));
     header.SetFccHandler(LoadLE32(body + 4));
     header.SetFlags(LoadLE32(body + 8));
@@ -208,7 +209,7 @@ HRESULT CZeAviFileParser::FillVideoStreamFormatHeader(uint32_t size, CZeAviStrea
     const char* const method = "FillVideoStreamFormatHeader";
     // BITMAPINFOHEADER as stored: 40 bytes, whatever size the chunk declares.
     uint8_t body[40];
-    HRESULT hr = ReadExact(body, sizeof(body), method);
+    HRESULT hr = ReadBody(body, kBitmapHeaderBody, method);
     if (FAILED(hr)) return hr;
     BITMAPINFOHEADER bih = {};
     bih.biSize = LoadLE32(body);
@@ -248,20 +249,17 @@ HRESULT CZeAviFileParser::FillAudioStreamFormatHeader(uint32_t size, CZeAviStrea
     // WAVEFORMATEX as stored: a field is taken only when the chunk reaches its end, so the body is
     // the fields that end within the declared size.
     uint8_t body[18] = {};
-    uint64_t fields = 0;
-    for (const uint64_t fieldEnd : {2, 4, 8, 12, 14, 16, 18}) {
-        if (size >= fieldEnd) fields = fieldEnd;
-    }
+    const uint64_t fields = kWaveFormatBody.BytesOfFieldsWithin(size);
     uint64_t count = fields;
     uint64_t got = 0;
     HRESULT hr = Read(body, &count, &got);
     if (FAILED(hr)) return hr;
-    if (got < std::min<uint64_t>(fields, 2)) return ReportError(kClass, method, E_AVI_READ);
+    if (got < std::min<uint64_t>(fields, 2)) return ShortBody(got, kWaveFormatBody, method);
     WAVEFORMATEX wfx = {};
     wfx.wFormatTag = LoadLE16(body);
     // Only PCM streams are kept; the fields behind another format tag are not looked at.
     if (wfx.wFormatTag != WAVE_FORMAT_PCM) return S_FALSE;
-    if (got < fields) return ReportError(kClass, method, E_AVI_READ);
+    if (got < fields) return ShortBody(got, kWaveFormatBody, method);
     wfx.nChannels = LoadLE16(body + 2);
     wfx.nSamplesPerSec = LoadLE32(body + 4);
     wfx.nAvgBytesPerSec = LoadLE32(body + 8);

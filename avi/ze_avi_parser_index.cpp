@@ -5,6 +5,7 @@
 #include <new>
 
 #include "avi/ze_avi_file_parser.h"
+#include "avi/ze_avi_chunk_layouts.h"
 #include "avi/ze_avi_index_records.h"
 #include "avi/ze_avi_fourcc.h"
 #include "avi/ze_avi_le.h"
@@ -84,7 +85,7 @@ HRESULT CZeAviFileParser::ParseStreamIndexChunk(uint64_t position, CZeAviStreamL
         if (FAILED(hr = SeekTo(position + 32 + 16 * static_cast<uint64_t>(i)))) return hr;
         // qwOffset, dwSize, dwDuration (not used)
         uint8_t body[16];
-        if (FAILED(hr = ReadExact(body, sizeof(body), method))) return hr;
+        if (FAILED(hr = ReadBody(body, kSuperIndexEntryBody, method))) return hr;
         CZeAviSuperIndex entry;
         entry.SetOffset(LoadLE64(body));
         entry.SetCb(LoadLE32(body + 8));
@@ -100,7 +101,7 @@ HRESULT CZeAviFileParser::FillBaseIndex(uint64_t* position, CZeAviBaseIndex& ind
     HRESULT hr = SeekTo(*position);
     if (FAILED(hr)) return hr;
     uint8_t body[12];
-    if (FAILED(hr = ReadExact(body, sizeof(body), method))) return hr;
+    if (FAILED(hr = ReadBody(body, kIndexHeaderBody, method))) return hr;
     DecodeIndexHeader(body, index);
     *position += 24;
     return S_OK;
@@ -113,7 +114,7 @@ HRESULT CZeAviFileParser::FillSuperIndex(CZeAviIndexListChunk& indexList, CZeAvi
     if (FAILED(hr)) return hr;
     // The 'ix##' chunk's head: FOURCC, size, the index header, qwBaseOffset, dwReserved3.
     uint8_t head[32];
-    if (FAILED(hr = ReadExact(head, sizeof(head), method))) return hr;
+    if (FAILED(hr = ReadBody(head, kStandardIndexHead, method))) return hr;
     entry.SetFcc(LoadLE32(head));
     entry.SetCb(LoadLE32(head + 4));
     DecodeIndexHeader(head + 8, entry);

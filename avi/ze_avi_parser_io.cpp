@@ -1,6 +1,7 @@
 // CZeAviFileParser: opening the file, the read and seek wrappers every parse step uses, the chunk
 // openers and the searches for sibling chunks.
 #include "avi/ze_avi_file_parser.h"
+#include "avi/ze_avi_chunk_layouts.h"
 #include "avi/ze_avi_fourcc.h"
 #include "avi/ze_avi_le.h"
 #include "reader/status/ze_error_report.h"
@@ -63,6 +64,29 @@ HRESULT CZeAviFileParser::ReadExact(void* buffer, uint64_t count, const char* me
     return S_OK;
 }
 
+HRESULT CZeAviFileParser::ReadBody(void* buffer, const FieldLayout& layout, const char* method) {
+    uint64_t count = layout.Bytes();
+    uint64_t got = 0;
+    const HRESULT hr = Read(buffer, &count, &got);
+    if (FAILED(hr)) return hr;
+    return got < layout.Bytes() ? ShortBody(got, layout, method) : S_OK;
+}
+
+HRESULT CZeAviFileParser::ShortBody(uint64_t got, const FieldLayout& layout, const char* method) {
+    if (layout.IsBetweenFields(got)) {
+        const HRESULT hr = ReadOnAtEnd();
+        if (FAILED(hr)) return hr;
+    }
+    return ReportError(kClass, method, E_AVI_READ);
+}
+
+HRESULT CZeAviFileParser::ReadOnAtEnd() {
+    uint8_t field[8];
+    uint64_t count = sizeof(field);
+    uint64_t got = 0;
+    return Read(field, &count, &got);
+}
+
 uint64_t CZeAviFileParser::BytesFrom(uint64_t position) const {
     const uint64_t size = m_file.GetFileSize();
     return position < size ? size - position : 0;
@@ -79,12 +103,12 @@ HRESULT CZeAviFileParser::OpenChunk(uint64_t position, uint32_t fourcc, const ch
     uint64_t got = 0;
     if (FAILED(hr = Read(head, &count, &got))) return hr;
     // The identifier is judged before the size: a record learns its ID even when the size is cut off.
-    if (got < 4) return ReportError(kClass, method, E_AVI_READ);
+    if (got < 4) return ShortBody(got, kChunkHead, method);
     const uint32_t id = LoadLE32(head);
     if (!SameFourCC(id, fourcc)) return ReportError(kClass, method, E_AVI_READ);
     if (record != nullptr) record->SetID(fourcc);
     if (idRead != nullptr) *idRead = id;
-    if (got < sizeof(head)) return ReportError(kClass, method, E_AVI_READ);
+    if (got < sizeof(head)) return ShortBody(got, kChunkHead, method);
     *size = LoadLE32(head + 4);
     if (*size == 0) return ReportError(kClass, method, E_AVI_READ);
     return S_OK;
@@ -116,7 +140,7 @@ HRESULT CZeAviFileParser::FindListChunk(uint64_t start, const char* listType, ui
     // reads fail or come up short.
     for (;;) {
         uint8_t head[12];  // identifier, size, list type
-        if (FAILED(hr = ReadExact(head, sizeof(head), method))) return hr;
+        if (FAILED(hr = ReadBody(head, kListHead, method))) return hr;
         if (SameFourCC(LoadLE32(head), kLIST) && SameFourCC(LoadLE32(head + 8), wanted)) {
             *found = position;
             if (position != 0) return S_OK;
@@ -142,8 +166,13 @@ HRESULT CZeAviFileParser::FindChunk(uint64_t start, const char* chunkId, uint64_
         uint8_t head[8];
         uint64_t count = sizeof(head);
         uint64_t got = 0;
-        // A chunk header cut off by the end of the file ends the walk without a match.
-        if (FAILED(Read(head, &count, &got)) || got != sizeof(head)) return S_OK;
+        // A chunk header cut off by the end of the file ends the walk without a match (a read
+        // refused there has reported itself).
+        if (FAILED(Read(head, &count, &got))) return S_OK;
+        if (got != sizeof(head)) {
+            if (kChunkHead.IsBetweenFields(got)) ReadOnAtEnd();
+            return S_OK;
+        }
         const uint32_t chunkSize = LoadLE32(head + 4);
         if (SameFourCC(LoadLE32(head), wanted)) {
             *found = position;
