@@ -183,5 +183,41 @@ TEST(ParserHeader, CutOffHeadersFailWithoutCrashing) {
     }
 }
 
+// A stream header cut off by the end of a file of 64 KiB, the file layer's mapping granularity. Cut
+// between two fields, the next field's read starts at the end of the file, where the layer maps
+// nothing and the read fails in Read; cut inside a field, the short read is the header step's own.
+TEST(ParserHeader, AStreamHeaderCutAtTheEndOfA64KiBFileFailsWhereItsFieldsMeetTheEnd) {
+    constexpr size_t kFileSize = 0x10000;
+    const struct {
+        size_t intoBody;  // bytes of the 'strh' body left in the file
+        const char* method;
+    } cases[] = {{4, "Read"}, {12, "Read"}, {14, "Read"}, {48, "Read"}, {6, "ParseStreamHeaderChunk"},
+                 {15, "ParseStreamHeaderChunk"}, {50, "Read"}, {51, "ParseStreamHeaderChunk"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.intoBody);
+        AviModel model = VideoModel(1, 8);
+        const size_t body = FindText(BuildAvi(model).bytes, "strh") + 8;
+        // A JUNK chunk between the form type and the header list moves the body to where the cut lands.
+        ChunkModel junk;
+        junk.ckid = "JUNK";
+        junk.data.assign(kFileSize - c.intoBody - body - 8, 0);
+        junk.pad = false;
+        junk.indexed = false;
+        model.beforeHeader = {junk};
+        model.truncateAt = kFileSize;
+        const std::vector<uint8_t> bytes = BuildAvi(model).bytes;
+        ASSERT_EQ(bytes.size(), kFileSize);
+        ASSERT_EQ(FindText(bytes, "strh") + 8 + c.intoBody, kFileSize);
+        ParsedBytes f(bytes);
+        EXPECT_EQ(f.parse, E_AVI_READ);
+        // The searches for the list's chunks walk past the end before the header is read, and their
+        // reads there fail too; the parse ends with the report of the header's own read.
+        const std::vector<std::string> reports = GetReportList();
+        ASSERT_FALSE(reports.empty());
+        EXPECT_NE(reports.back().find(std::string("### CZeAviFileParser::") + c.method + " ###"), std::string::npos)
+            << reports.back();
+    }
+}
+
 }  // namespace
 }  // namespace zetest
