@@ -17,6 +17,7 @@ extern "C" {
 #include <iterator>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -284,9 +285,18 @@ public:
     void ReportRuns(const std::vector<Run>& runs) override
     {
         ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs)
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred)
-                m_cpu[run.benchmark_name()] = run.GetAdjustedCPUTime();
+        // Single runs, or with repetitions the mean, which then replaces them.
+        for (const Run& run : runs) {
+            if (run.error_occurred)
+                continue;
+            const std::string name = run.run_name.str();
+            if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "mean") {
+                m_cpu[name] = run.GetAdjustedCPUTime();
+                m_fromMean.insert(name);
+            } else if (run.run_type == Run::RT_Iteration && !m_fromMean.count(name)) {
+                m_cpu[name] = run.GetAdjustedCPUTime();
+            }
+        }
     }
     void Finalize() override
     {
@@ -299,6 +309,7 @@ public:
 
 private:
     std::map<std::string, double> m_cpu;
+    std::set<std::string> m_fromMean;
 };
 
 }  // namespace
