@@ -37,7 +37,7 @@ fuzz:
 bench:
 	@scripts/install-deps
 	@cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DZE_BENCH=ON -DZE_TESTS=OFF >/dev/null
-	@cmake --build build-bench -j $(JOBS) --target bench_index_open bench_first_video_scan bench_frame_access bench_dshow_decode
+	@cmake --build build-bench -j $(JOBS)
 	@scripts/run-bench build-bench
 
 clean:
