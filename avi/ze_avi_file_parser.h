@@ -26,7 +26,9 @@
 #include "avi/ze_avi_stream_format.h"
 #include "avi/ze_avi_stream_list.h"
 #include "avi/ze_osal_file.h"
+#include "dv/ze_dv_camera_values.h"
 #include "dv/ze_dv_params.h"
+#include "dv/ze_dv_rec_datetime.h"
 #include "platform/win32.h"
 
 class CZeAviSuperIndex;
@@ -157,6 +159,20 @@ public:
     HRESULT DecodeDVVideoParams();
     // Audio parameters of an interleaved DV file from one frame; run by the full parse.
     HRESULT DecodeDVAudioParams();
+    // The camera value decoders (DecodeDVIris and its siblings, one table row each) on a DV frame in
+    // memory: 0 with `result` written; E_POINTER, reported under the row's decoder name, for a null
+    // frame or result; E_ABORT, not reported and `result` untouched, when the frame lacks the pack.
+    static HRESULT DecodeCameraValue(const ZeDV::CameraValue& value, const uint8_t* frame, size_t frameSize,
+                                     uint32_t* result);
+    // The camera value accessors (GetIris and its siblings) for the parameter exchange: E_POINTER for
+    // a null frame, descriptor or result pointer and E_INVALIDARG for a size word other than 4, both
+    // reported under the accessor's name with the descriptor unchanged; a decoder failure zeroes the
+    // whole descriptor and is returned; success sets the type and identifier words.
+    static HRESULT GetCameraValue(const ZeDV::CameraValue& value, const uint8_t* frame, size_t frameSize,
+                                  ZeDV::CameraValueDescriptor* descriptor);
+    // The recording time stamp of a DV frame: E_POINTER (reported) for a null frame or result,
+    // E_ABORT (not reported, result untouched) when the date or time pack is missing.
+    static HRESULT DecodeDVTimestamp(const uint8_t* frame, size_t frameSize, ZeDV::ZeDVTimestamp* result);
     // Adds the PCM audio stream an interleaved DV stream carries; 1 when nothing was built.
     HRESULT CreateIavsAudioStreams();
     // GetSample for interleaved DV files: PCM taken out of the DV frames.

@@ -225,3 +225,29 @@ HRESULT CZeAviFileParser::FillInterleavedVideoAudioStreamFormatHeader(uint64_t p
     uint32_t type = CZeAviStreamFormat::kDVInfo;
     return format.SetFormat(info.Words(), &size, &type);
 }
+
+HRESULT CZeAviFileParser::DecodeCameraValue(const ZeDV::CameraValue& value, const uint8_t* frame, size_t frameSize,
+                                            uint32_t* result) {
+    if (frame == nullptr || result == nullptr) return ReportError(kClass, value.decoderName, E_POINTER);
+    return ZeDV::ReadCameraValue(value, frame, frameSize, result) ? S_OK : E_ABORT;
+}
+
+HRESULT CZeAviFileParser::GetCameraValue(const ZeDV::CameraValue& value, const uint8_t* frame, size_t frameSize,
+                                         ZeDV::CameraValueDescriptor* descriptor) {
+    if (frame == nullptr || descriptor == nullptr || descriptor->result == nullptr)
+        return ReportError(kClass, value.accessorName, E_POINTER);
+    if (descriptor->size != 4) return ReportError(kClass, value.accessorName, E_INVALIDARG);
+    const HRESULT hr = DecodeCameraValue(value, frame, frameSize, descriptor->result);
+    if (FAILED(hr)) {
+        *descriptor = ZeDV::CameraValueDescriptor{};
+        return hr;
+    }
+    descriptor->type = ZeDV::kCameraValueType;
+    descriptor->parameterId = value.descriptorId;
+    return S_OK;
+}
+
+HRESULT CZeAviFileParser::DecodeDVTimestamp(const uint8_t* frame, size_t frameSize, ZeDV::ZeDVTimestamp* result) {
+    if (frame == nullptr || result == nullptr) return ReportError(kClass, "DecodeDVTimestamp", E_POINTER);
+    return ZeDV::ReadTimestamp(frame, frameSize, result) ? S_OK : E_ABORT;
+}

@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "dv/ze_dv_pack_location.h"
-#include "reader/status/ze_error_report.h"
 
 namespace ZeDV {
 namespace {
@@ -113,30 +112,13 @@ const CameraValue* FindCameraValue(const char* name) {
     return nullptr;
 }
 
-HRESULT DecodeCameraValue(const CameraValue& value, const uint8_t* frame, size_t frameSize, uint32_t* result) {
-    if (frame == nullptr || result == nullptr) return ReportError(kPackDecoderClass, value.decoderName, E_POINTER);
+bool ReadCameraValue(const CameraValue& value, const uint8_t* frame, size_t frameSize, uint32_t* result) {
     CZeDVDataPack pack;
-    if (!FindPack(frame, frameSize, value.field.pack, &pack)) return E_ABORT;
+    if (!FindPack(frame, frameSize, value.field.pack, &pack)) return false;
     const uint32_t raw = pack.GetByte(value.field.lowByte) |
                          (value.field.highByte != 0 ? uint32_t{pack.GetByte(value.field.highByte)} << 8 : 0u);
     *result = (raw >> value.field.shift) & value.field.mask;
-    return S_OK;
-}
-
-HRESULT GetCameraValue(const CameraValue& value, const uint8_t* frame, size_t frameSize,
-                       CameraValueDescriptor* descriptor) {
-    if (frame == nullptr || descriptor == nullptr || descriptor->result == nullptr) {
-        return ReportError(kPackDecoderClass, value.accessorName, E_POINTER);
-    }
-    if (descriptor->size != 4) return ReportError(kPackDecoderClass, value.accessorName, E_INVALIDARG);
-    const HRESULT hr = DecodeCameraValue(value, frame, frameSize, descriptor->result);
-    if (FAILED(hr)) {
-        *descriptor = CameraValueDescriptor{};
-        return hr;
-    }
-    descriptor->type = kCameraValueType;
-    descriptor->parameterId = value.descriptorId;
-    return S_OK;
+    return true;
 }
 
 }  // namespace ZeDV

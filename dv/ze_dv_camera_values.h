@@ -1,6 +1,6 @@
-// Camcorder settings that DV frames carry in their camera packs (0x70-0x7F): one table of values
-// and one rule that decodes any of them, plus the accessor rule through which the host's
-// parameter exchange reads a value into its six-word value descriptor.
+// Camcorder settings that DV frames carry in their camera packs (0x70-0x7F): one table of values,
+// one rule that reads any of them out of a frame, and the six-word value descriptor through which
+// the host's parameter exchange asks for one.
 #pragma once
 
 #include <cstddef>
@@ -63,16 +63,10 @@ const CameraValue& CameraValueAt(size_t index);
 const CameraValue* FindCameraValue(CameraValueId id);
 const CameraValue* FindCameraValue(const char* name);
 
-// Decoder rule: find the row's pack (first match of the pack search) and take its field.
-// 0 with *result written; E_POINTER (reported under the decoder's name) for a null frame or
-// result; E_ABORT (not reported, *result untouched) when the pack is not in the frame. The search
-// stops at the frame's end: in a short frame a pack that would cross it counts as not there.
-HRESULT DecodeCameraValue(const CameraValue& value, const uint8_t* frame, size_t frameSize, uint32_t* result);
-
-// Accessor rule: E_POINTER for a null frame, descriptor or result pointer and E_INVALIDARG for a
-// size word other than 4 (reported under the accessor's name, descriptor unchanged); a decoder
-// failure zeroes the whole descriptor and is returned; success sets the type and identifier words.
-HRESULT GetCameraValue(const CameraValue& value, const uint8_t* frame, size_t frameSize,
-                       CameraValueDescriptor* descriptor);
+// Decoder rule: find the row's pack (first match of the pack search) and take its field into
+// `result`. False, with `result` untouched, when the pack is not in the frame; the search stops at
+// the frame's end, so in a short frame a pack that would cross it counts as not there. The parser's
+// decoders and accessors check their arguments and report; this only reads.
+bool ReadCameraValue(const CameraValue& value, const uint8_t* frame, size_t frameSize, uint32_t* result);
 
 }  // namespace ZeDV

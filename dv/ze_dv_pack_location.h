@@ -38,10 +38,6 @@ private:
 
 namespace ZeDV {
 
-// The decoders that take one value out of a frame's packs for the host (camera values, the
-// recording time stamp) stand for operations of the AVI parser and report under its class name.
-constexpr char kPackDecoderClass[] = "CZeAviFileParser";
-
 constexpr uint32_t kDifBlockBytes = 80;
 constexpr uint32_t kDifSequenceBytes = 12000;  // 150 DIF blocks
 constexpr uint32_t kVauxBlockStart = 240;      // block 3 of the first sequence

@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "dv/ze_dv_pack_location.h"
-#include "reader/status/ze_error_report.h"
 
 namespace ZeDV {
 namespace {
@@ -47,17 +46,16 @@ bool BuildRecordingDateTimeText(const uint8_t* frame, size_t frameSize, char* te
     return true;
 }
 
-HRESULT DecodeTimestamp(const uint8_t* frame, size_t frameSize, ZeDVTimestamp* result) {
-    if (frame == nullptr || result == nullptr) return ReportError(kPackDecoderClass, "DecodeDVTimestamp", E_POINTER);
+bool ReadTimestamp(const uint8_t* frame, size_t frameSize, ZeDVTimestamp* result) {
     DateTimeFields f;
-    if (!ReadDateTime(frame, frameSize, &f)) return E_ABORT;
+    if (!ReadDateTime(frame, frameSize, &f)) return false;
     result->seconds = f.seconds;
     result->minutes = f.minutes;
     result->hours = f.hours;
     result->day = f.day;
     result->month = f.month - 1;  // a month field of 0 wraps, as the 32-bit word does
     result->year = f.twoDigitYear < 70 ? f.twoDigitYear + 100 : f.twoDigitYear;
-    return S_OK;
+    return true;
 }
 
 }  // namespace ZeDV

@@ -30,8 +30,8 @@ struct ZeDVTimestamp {
 };
 static_assert(sizeof(ZeDVTimestamp) == 24, "six 32-bit words");
 
-// 0 on success; E_POINTER (reported) for a null frame or result, E_ABORT (not reported, result
-// untouched) when a pack is missing, which in a short frame includes one crossing its end.
-HRESULT DecodeTimestamp(const uint8_t* frame, size_t frameSize, ZeDVTimestamp* result);
+// False, with `result` untouched, when a pack is missing, which in a short frame includes one
+// crossing its end.
+bool ReadTimestamp(const uint8_t* frame, size_t frameSize, ZeDVTimestamp* result);
 
 }  // namespace ZeDV

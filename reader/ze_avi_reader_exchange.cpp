@@ -10,6 +10,7 @@
 #include <functional>
 #include <string>
 
+#include "avi/ze_avi_file_parser.h"
 #include "dv/ze_dv_camera_values.h"
 #include "dv/ze_dv_rec_datetime.h"
 #include "reader/ze_avi_reader_internal.h"
@@ -141,7 +142,7 @@ HRESULT WriteTimestamp(Ask& a) {
     const HRESULT hr = a.frame(&frame, &bytes);
     if (FAILED(hr)) return hr;
     ZeDV::ZeDVTimestamp stamp{};
-    const HRESULT decoded = ZeDV::DecodeTimestamp(frame, bytes, &stamp);
+    const HRESULT decoded = CZeAviFileParser::DecodeDVTimestamp(frame, bytes, &stamp);
     if (FAILED(decoded)) return decoded;
     return Put(a, ZeXpDVTimestamp{stamp.seconds, stamp.minutes, stamp.hours, stamp.day, stamp.month, stamp.year});
 }
@@ -157,7 +158,8 @@ HRESULT WriteCamera(Ask& a) {
     ZeDV::CameraValueDescriptor descriptor{value->cbStruct, value->cbValue,   value->valueType,
                                            value->paramId,  value->itemCount, static_cast<uint32_t*>(value->pValue)};
     const HRESULT hr =
-        ZeDV::GetCameraValue(ZeDV::CameraValueAt(a.id - ZE_XP_CAMERA_FIRST), frame, bytes, &descriptor);
+        CZeAviFileParser::GetCameraValue(ZeDV::CameraValueAt(a.id - ZE_XP_CAMERA_FIRST), frame, bytes,
+                                        &descriptor);
     value->cbStruct = descriptor.word0;
     value->cbValue = descriptor.size;
     value->valueType = descriptor.type;

@@ -4,6 +4,7 @@
 #include <set>
 #include <string>
 
+#include "avi/ze_avi_file_parser.h"
 #include "dv/ze_dv_camera_values.h"
 #include "dv/ze_dv_rec_datetime.h"
 #include "reader/status/ze_error_report.h"
@@ -38,7 +39,7 @@ dvtest::Frame CameraFrame() {
 
 uint32_t Decode(CameraValueId id, const dvtest::Frame& f) {
     uint32_t value = 0xDEADBEEF;
-    EXPECT_EQ(ZeDV::DecodeCameraValue(Row(id), f.bytes.data(), f.bytes.size(), &value), S_OK);
+    EXPECT_EQ(CZeAviFileParser::DecodeCameraValue(Row(id), f.bytes.data(), f.bytes.size(), &value), S_OK);
     return value;
 }
 
@@ -78,7 +79,7 @@ TEST(DVCameraValues, EachRowTakesItsOwnBitsOfItsOwnPack) {
         EXPECT_EQ(Decode(e.id, f), e.value);
         uint32_t value = 0;
         CameraValueDescriptor d{11, 4, 0, 0, 22, &value};
-        ASSERT_EQ(ZeDV::GetCameraValue(Row(e.id), f.bytes.data(), f.bytes.size(), &d), S_OK);
+        ASSERT_EQ(CZeAviFileParser::GetCameraValue(Row(e.id), f.bytes.data(), f.bytes.size(), &d), S_OK);
         EXPECT_EQ(value, e.value);
         EXPECT_EQ(d.type, 3u);
         EXPECT_EQ(d.word0, 11u);  // untouched
@@ -108,10 +109,10 @@ TEST(DVCameraValues, FailuresOfDecoderAndAccessor) {
 
     // Missing pack: E_ABORT, unreported; the decoder leaves its result alone, the accessor zeroes all.
     uint32_t value = 77;
-    EXPECT_EQ(ZeDV::DecodeCameraValue(iris, empty.bytes.data(), empty.bytes.size(), &value), E_ABORT);
+    EXPECT_EQ(CZeAviFileParser::DecodeCameraValue(iris, empty.bytes.data(), empty.bytes.size(), &value), E_ABORT);
     EXPECT_EQ(value, 77u);
     CameraValueDescriptor d{1, 4, 2, 3, 4, &value};
-    EXPECT_EQ(ZeDV::GetCameraValue(iris, empty.bytes.data(), empty.bytes.size(), &d), E_ABORT);
+    EXPECT_EQ(CZeAviFileParser::GetCameraValue(iris, empty.bytes.data(), empty.bytes.size(), &d), E_ABORT);
     EXPECT_EQ(d.word0 | d.size | d.type | d.parameterId | d.word4, 0u);
     EXPECT_EQ(d.result, nullptr);
     EXPECT_TRUE(GetReportList().empty());
@@ -119,20 +120,20 @@ TEST(DVCameraValues, FailuresOfDecoderAndAccessor) {
     // Wrong size: reported under the accessor, descriptor unchanged.
     const dvtest::Frame f = CameraFrame();
     d = CameraValueDescriptor{1, 8, 2, 3, 4, &value};
-    EXPECT_EQ(ZeDV::GetCameraValue(iris, f.bytes.data(), f.bytes.size(), &d), E_INVALIDARG);
+    EXPECT_EQ(CZeAviFileParser::GetCameraValue(iris, f.bytes.data(), f.bytes.size(), &d), E_INVALIDARG);
     EXPECT_EQ(d.size, 8u);
     EXPECT_EQ(d.parameterId, 3u);
     EXPECT_EQ(d.result, &value);
     // Null frame or result pointer.
-    EXPECT_EQ(ZeDV::GetCameraValue(iris, nullptr, 0, &d), E_POINTER);
+    EXPECT_EQ(CZeAviFileParser::GetCameraValue(iris, nullptr, 0, &d), E_POINTER);
     d.result = nullptr;
-    EXPECT_EQ(ZeDV::GetCameraValue(iris, f.bytes.data(), f.bytes.size(), &d), E_POINTER);
-    EXPECT_EQ(ZeDV::DecodeCameraValue(Row(CameraValueId::LensFocus), nullptr, 0, &value), E_POINTER);
+    EXPECT_EQ(CZeAviFileParser::GetCameraValue(iris, f.bytes.data(), f.bytes.size(), &d), E_POINTER);
+    EXPECT_EQ(CZeAviFileParser::DecodeCameraValue(Row(CameraValueId::LensFocus), nullptr, 0, &value), E_POINTER);
     // A frame cut short: a pack inside it is found, one crossing its end is missing, unreported.
-    EXPECT_EQ(ZeDV::DecodeCameraValue(iris, f.bytes.data(), 248, &value), S_OK);
+    EXPECT_EQ(CZeAviFileParser::DecodeCameraValue(iris, f.bytes.data(), 248, &value), S_OK);
     EXPECT_EQ(value, 0x25u);
     value = 77;
-    EXPECT_EQ(ZeDV::DecodeCameraValue(iris, f.bytes.data(), 247, &value), E_ABORT);
+    EXPECT_EQ(CZeAviFileParser::DecodeCameraValue(iris, f.bytes.data(), 247, &value), E_ABORT);
     EXPECT_EQ(value, 77u);
 
     const std::vector<std::string> lines = GetReportList();
@@ -149,7 +150,7 @@ ZeDV::ZeDVTimestamp Timestamp(uint8_t year, uint8_t month) {
     f.PutVaux(41, {0x62, 0xFF, 0xE7, month, year});
     f.PutVaux(42, {0x63, 0xFF, 0xA5, 0xB4, 0xD3});
     ZeDV::ZeDVTimestamp t{};
-    EXPECT_EQ(ZeDV::DecodeTimestamp(f.bytes.data(), f.bytes.size(), &t), S_OK);
+    EXPECT_EQ(CZeAviFileParser::DecodeDVTimestamp(f.bytes.data(), f.bytes.size(), &t), S_OK);
     return t;
 }
 
@@ -164,14 +165,14 @@ TEST(DVTimestamp, FieldsInOrderAndTheCenturyCutAt70) {
     dvtest::Frame f = dvtest::MakeFrame(true);
     f.PutVaux(41, {0x62, 0xFF, 0xE7, 0x01, 0x01});
     t.year = 1234;
-    EXPECT_EQ(ZeDV::DecodeTimestamp(f.bytes.data(), f.bytes.size(), &t), E_ABORT);
+    EXPECT_EQ(CZeAviFileParser::DecodeDVTimestamp(f.bytes.data(), f.bytes.size(), &t), E_ABORT);
     EXPECT_EQ(t.year, 1234u);
     // A frame that ends right after REC TIME still has its time stamp; one byte less and it has none.
     f.PutVaux(42, {0x63, 0xFF, 0xA5, 0xB4, 0xD3});
-    EXPECT_EQ(ZeDV::DecodeTimestamp(f.bytes.data(), 468, &t), S_OK);
+    EXPECT_EQ(CZeAviFileParser::DecodeDVTimestamp(f.bytes.data(), 468, &t), S_OK);
     EXPECT_EQ(t.hours, 13u);
-    EXPECT_EQ(ZeDV::DecodeTimestamp(f.bytes.data(), 467, &t), E_ABORT);
-    EXPECT_EQ(ZeDV::DecodeTimestamp(nullptr, 0, &t), E_POINTER);
+    EXPECT_EQ(CZeAviFileParser::DecodeDVTimestamp(f.bytes.data(), 467, &t), E_ABORT);
+    EXPECT_EQ(CZeAviFileParser::DecodeDVTimestamp(nullptr, 0, &t), E_POINTER);
 }
 
 }  // namespace
