@@ -11,6 +11,7 @@
 
 #include "avi/ze_avi_file_parser.h"
 #include "reader/status/ze_error_report.h"
+#include "reader/ze_host_log_sink.h"
 #include "tests/dv/dv_test_frames.h"
 #include "tests/fixtures/ze_avi_formats.h"
 #include "tests/fixtures/ze_avi_writer.h"
@@ -40,8 +41,8 @@ std::vector<uint8_t> Type1File(const std::vector<std::vector<uint8_t>>& frames, 
 
 // Keeps what the module writes into the host's log while it lives.
 struct CapturedLog {
-    CapturedLog() { SetHostLog(&log); }
-    ~CapturedLog() { SetHostLog(nullptr); }
+    CapturedLog() { ZeConnectHostLog(&log); }
+    ~CapturedLog() { ZeConnectHostLog(nullptr); }
     std::string Text() const { return log.Text(); }
     zetest::HostLogCapture log;
 };

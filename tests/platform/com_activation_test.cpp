@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #include "platform/win32.h"
-#include "reader/ze_host_interfaces.h"
+#include "reader/api/ze_host_interfaces.h"
 #include "tests/platform/inproc_server/ze_test_server.h"
 #include "tests/support/registry_sandbox.h"
 

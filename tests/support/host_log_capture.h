@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "reader/api/ze_host_interfaces.h"
-#include "reader/ze_host_log_sink.h"
 
 namespace zetest {
 
@@ -47,7 +46,3 @@ private:
 };
 
 }  // namespace zetest
-
-// Suites that drive the parser alone hand a capture straight to the report routing, connected the way
-// the plug-in object connects the host's log; null stops the routing.
-inline void SetHostLog(IZEHostLog* log) { ZeConnectHostLog(log); }
