@@ -8,6 +8,8 @@
 // case. HKEY_CLASSES_ROOT is the view of HKEY_LOCAL_MACHINE\SOFTWARE\Classes.
 #pragma once
 
+#include <string>
+
 #include "platform/win32_files.h"
 #include "platform/win32_types.h"
 
@@ -79,3 +81,8 @@ LONG RegQueryInfoKeyA(HKEY key, LPSTR keyClass, LPDWORD classChars, LPDWORD rese
                       LPDWORD maxValueSize, LPDWORD securityDescriptorSize, FILETIME* lastWrite);
 LONG RegDeleteKeyA(HKEY key, LPCSTR subKey);
 LONG RegDeleteValueA(HKEY key, LPCSTR valueName);
+
+// Store identity (POSIX only): the file of the store in use, and a text that changes whenever that file
+// is replaced, so that callers keeping what they read can tell when to read again. Both are cheap.
+std::string ZeRegistryStorePath();
+std::string ZeRegistryStoreVersion();

@@ -1,11 +1,6 @@
-// Reading categories and instances, and keeping them while the store's file stays the same. The file
-// is replaced (written aside and renamed) on every change, so its inode, size and time tell a new
-// version from the one read.
+// Reading categories and instances, and keeping them while the registry's store stays the same version.
 #include "dshow/runtime/registration_cache.h"
 
-#include <sys/stat.h>
-
-#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -16,45 +11,18 @@ namespace ze_dsrt {
 
 namespace {
 
-struct StoreVersion {
-    std::string path;
-    bool exists = false;
-    dev_t device = 0;
-    ino_t inode = 0;
-    off_t size = 0;
-    long long modifiedNs = 0;
-
-    static StoreVersion Current() {
-        StoreVersion v;
-        v.path = RegistryStorePath();
-        struct stat st;
-        if (::stat(v.path.c_str(), &st) == 0) {
-            v.exists = true;
-            v.device = st.st_dev;
-            v.inode = st.st_ino;
-            v.size = st.st_size;
-            v.modifiedNs = static_cast<long long>(st.st_mtim.tv_sec) * 1000000000LL + st.st_mtim.tv_nsec;
-        }
-        return v;
-    }
-    bool operator==(const StoreVersion& o) const {
-        return path == o.path && exists == o.exists && device == o.device && inode == o.inode && size == o.size &&
-               modifiedNs == o.modifiedNs;
-    }
-};
-
 struct GuidLess {
     bool operator()(const GUID& a, const GUID& b) const { return std::memcmp(&a, &b, sizeof(GUID)) < 0; }
 };
 
 struct Cache {
     std::mutex mutex;
-    StoreVersion version;
+    std::string version;  // the registry's store version the lists were read from
     std::shared_ptr<const CategoryList> categories;
     std::map<GUID, std::shared_ptr<const InstanceList>, GuidLess> instances;
 
     // Forgets everything read from an earlier version of the store.
-    void Follow(const StoreVersion& current) {
+    void Follow(const std::string& current) {
         if (current == version) return;
         version = current;
         categories.reset();
@@ -103,19 +71,10 @@ CategoryList ReadCategories() {
 
 }  // namespace
 
-std::string RegistryStorePath() {
-    const char* explicitPath = std::getenv("ZE_REGISTRY_FILE");
-    if (explicitPath != nullptr && explicitPath[0] != '\0') return explicitPath;
-    const char* dataHome = std::getenv("XDG_DATA_HOME");
-    if (dataHome != nullptr && dataHome[0] == '/') return std::string(dataHome) + "/zeavireader/registry.reg";
-    const char* home = std::getenv("HOME");
-    return std::string(home != nullptr ? home : "") + "/.local/share/zeavireader/registry.reg";
-}
-
 std::shared_ptr<const InstanceList> CachedInstances(REFCLSID category) {
     Cache& cache = TheCache();
     std::lock_guard<std::mutex> lock(cache.mutex);
-    cache.Follow(StoreVersion::Current());
+    cache.Follow(ZeRegistryStoreVersion());
     auto found = cache.instances.find(category);
     if (found != cache.instances.end()) return found->second;
     auto list = std::make_shared<const InstanceList>(ReadInstances(category));
@@ -126,7 +85,7 @@ std::shared_ptr<const InstanceList> CachedInstances(REFCLSID category) {
 std::shared_ptr<const CategoryList> CachedCategories() {
     Cache& cache = TheCache();
     std::lock_guard<std::mutex> lock(cache.mutex);
-    cache.Follow(StoreVersion::Current());
+    cache.Follow(ZeRegistryStoreVersion());
     if (!cache.categories) cache.categories = std::make_shared<const CategoryList>(ReadCategories());
     return cache.categories;
 }

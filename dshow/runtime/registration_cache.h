@@ -1,7 +1,6 @@
 // The filter registrations as the mapper, the device enumerator and the system filter check read
 // them: the categories listed under CLSID_ActiveMovieCategories and the instances of a category, each
-// read once and kept until the registry store's file changes. Every registry call reads the whole
-// store, so the runtime reads each key once per version of the store rather than once per query.
+// read once and kept until the registry's store changes, so a query costs no registry calls.
 #pragma once
 
 #include <memory>
@@ -26,9 +25,6 @@ struct CategoryRecord {
     DWORD merit;  // 0 when the category has no Merit value
 };
 using CategoryList = std::vector<CategoryRecord>;
-
-// The file of the registry store in use, by the rule the registry follows (win32_registry.h).
-std::string RegistryStorePath();
 
 // The instances of `category` in the store's order; empty when it has none.
 std::shared_ptr<const InstanceList> CachedInstances(REFCLSID category);

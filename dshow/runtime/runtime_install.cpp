@@ -118,7 +118,7 @@ void RegisterAll(const std::vector<ZeSystemFilter>& rows) {
 void EnsureSystemFiltersRegistered() {
     SystemFilters& filters = Filters();
     std::lock_guard<std::mutex> lock(filters.mutex);
-    const std::string store = RegistryStorePath();
+    const std::string store = ZeRegistryStorePath();
     if (filters.checked && filters.checkedStore == store) return;
     RegisterAll(filters.rows);
     filters.checked = true;

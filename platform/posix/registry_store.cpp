@@ -88,6 +88,13 @@ struct FileVersion {
         v.changed = st->st_ctim;
         return v;
     }
+    // One text for the whole version, for callers outside the store.
+    std::string Text() const {
+        if (!exists) return path + "|none";
+        return path + "|" + std::to_string(device) + ":" + std::to_string(inode) + ":" + std::to_string(size) + ":" +
+               std::to_string(modified.tv_sec) + "." + std::to_string(modified.tv_nsec) + ":" +
+               std::to_string(changed.tv_sec) + "." + std::to_string(changed.tv_nsec);
+    }
     bool operator==(const FileVersion& o) const {
         return path == o.path && exists == o.exists && device == o.device && inode == o.inode && size == o.size &&
                modified.tv_sec == o.modified.tv_sec && modified.tv_nsec == o.modified.tv_nsec &&
@@ -206,3 +213,12 @@ DWORD UpdateRegistry(const std::function<DWORD(RegKey& root, bool& modified)>& c
 }
 
 }  // namespace ze_posix
+
+std::string ZeRegistryStorePath() { return ze_posix::RegistryFilePath(); }
+
+std::string ZeRegistryStoreVersion() {
+    const std::string path = ze_posix::RegistryFilePath();
+    struct stat st;
+    const bool exists = ::stat(path.c_str(), &st) == 0;
+    return ze_posix::FileVersion::Of(path, exists ? &st : nullptr).Text();
+}
