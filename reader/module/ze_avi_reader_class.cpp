@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <new>
 
+#include "graph/ze_graph_create.h"
 #include "reader/ze_module_state.h"
 #include "reader/module/ze_reader_creation.h"
 #include "reader/module/ze_module_report.h"
@@ -88,9 +89,12 @@ HRESULT STDMETHODCALLTYPE CZEAviReaderClass::CreateInstance(IUnknown* outer, REF
         IUnknown* reader = ZeNewAviReader(&hr, name);
         if (reader == nullptr) return ZeModuleReport(kClass, "CreateInstance", E_OUTOFMEMORY);
         hr = QueryNewObject(reader, iid, object);
-    } else if (IsEqualCLSID(m_currentClass, CLSID_ZEDVSourceFilter) ||
-               IsEqualCLSID(m_currentClass, CLSID_ZEDVRenderFilter)) {
-        hr = CLASS_E_CLASSNOTAVAILABLE;  // the module's filters are not part of this build
+    } else if (IsEqualCLSID(m_currentClass, CLSID_ZEVideoSourceFilter)) {
+        // The filters' creation reports its own failures under the filter's class; the factory
+        // passes the result on as it stands.
+        return CreateZEVideoSourceFilter(nullptr, iid, object);
+    } else if (IsEqualCLSID(m_currentClass, CLSID_ZEVideoRenderFilter)) {
+        return CreateZEVideoRenderFilter(nullptr, iid, object);
     }
     return FAILED(hr) ? ZeModuleReport(kClass, "CreateInstance", hr) : hr;
 }

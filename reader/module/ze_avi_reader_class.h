@@ -1,17 +1,11 @@
 // CZEAviReaderClass: the module's one class factory. It creates the class whose id the latest
-// DllGetClassObject asked for: the import module (CZEAviReader); the DV source and render filters are
-// known ids that this build cannot create.
+// DllGetClassObject asked for: the import module (CZEAviReader, CLSID_ZEAviReaderModule in
+// reader/api/ze_host_interfaces.h), the DV source filter (CLSID_ZEVideoSourceFilter) or the DV render
+// filter (CLSID_ZEVideoRenderFilter, both in graph/ze_graph_interfaces.h).
 #pragma once
 
+#include "graph/ze_graph_interfaces.h"
 #include "platform/win32.h"
-
-// The import module's class id is CLSID_ZEAviReaderModule (reader/api/ze_host_interfaces.h).
-// {4B9E6A07-D2C8-4E1F-93A5-7F0C1B2D6E84}
-inline constexpr CLSID CLSID_ZEDVSourceFilter = {
-    0x4b9e6a07, 0xd2c8, 0x4e1f, {0x93, 0xa5, 0x7f, 0x0c, 0x1b, 0x2d, 0x6e, 0x84}};
-// {7D3A51C2-9E4B-4F08-A6D1-2C5B8E90F143}
-inline constexpr CLSID CLSID_ZEDVRenderFilter = {
-    0x7d3a51c2, 0x9e4b, 0x4f08, {0xa6, 0xd1, 0x2c, 0x5b, 0x8e, 0x90, 0xf1, 0x43}};
 
 class CZEAviReaderClass final : public IClassFactory {
 public:

@@ -227,13 +227,17 @@ TEST_F(ComActivationTest, HostCreatesTheReaderModuleThroughTheRegistry) {
     status->Release();
     EXPECT_EQ(S_OK, canUnload());
 
-    // The filters' class ids reach the module too, which cannot make them in this build.
+    // The filters' class ids reach the module too, which makes them.
     const CLSID source = {0x4b9e6a07, 0xd2c8, 0x4e1f, {0x93, 0xa5, 0x7f, 0x0c, 0x1b, 0x2d, 0x6e, 0x84}};
     RegisterServer(source, ZE_MODULE_PATH);
-    void* object = nullptr;
-    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
-              CoCreateInstance(source, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &object));
-    EXPECT_EQ(nullptr, object);
+    IPersist* object = nullptr;
+    ASSERT_EQ(S_OK, CoCreateInstance(source, nullptr, CLSCTX_INPROC_SERVER, IID_IPersist,
+                                     reinterpret_cast<void**>(&object)));
+    ASSERT_NE(nullptr, object);
+    CLSID made{};
+    EXPECT_EQ(S_OK, object->GetClassID(&made));
+    EXPECT_TRUE(IsEqualCLSID(source, made));
+    object->Release();
     EXPECT_EQ(S_OK, canUnload());
 }
 #endif
