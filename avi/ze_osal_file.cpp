@@ -217,7 +217,11 @@ int32_t CZeFile::Read(void* buffer, uint64_t* count, uint64_t* bytesRead, LPOVER
 
 uint32_t CZeFile::Seek(int32_t distanceLow, int32_t* distanceHigh, uint32_t method) {
     if (m_flags & FILE_FLAG_NO_BUFFERING) return MappedSeek(distanceLow, distanceHigh, method);
-    return SetFilePointer(m_file, distanceLow, distanceHigh, method);
+    // LONG is 32 bits everywhere but not always the same C type as int32_t: pass the high part through one.
+    LONG high = distanceHigh ? *distanceHigh : 0;
+    const DWORD result = SetFilePointer(m_file, distanceLow, distanceHigh ? &high : nullptr, method);
+    if (distanceHigh) *distanceHigh = high;
+    return result;
 }
 
 int32_t CZeFile::MappedRead(void* buffer, uint64_t* count, uint64_t* bytesRead) {

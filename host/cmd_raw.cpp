@@ -56,7 +56,7 @@ int RunRaw(const ModuleOptions& module, const RawOptions& options) {
         session.Check(session.Exchange()->Get(ZE_XP_INDEX_ENTRIES, static_cast<uint32_t>(roles.firstVideo),
                                               static_cast<DWORD>(frame), &value),
                       "reading the index entry of frame " + std::to_string(frame));
-        const DWORD frameBytes = entry.dwSize != 0 && entry.dwSize < bytes ? entry.dwSize : bytes;
+        const uint32_t frameBytes = entry.dwSize != 0 && entry.dwSize < bytes ? entry.dwSize : bytes;
         output = CreateOutput(options.output);
         WriteAll(output.get(), sample, frameBytes, options.output);
         std::printf("%s: frame %llu, %u bytes -> %s\n", options.file.c_str(), static_cast<unsigned long long>(frame),

@@ -9,6 +9,8 @@
 #include <windows.h>
 #include <objbase.h>
 #include <mmreg.h>
+#include <olectl.h>
+#include "platform/win32_sdk_additions.h"
 #else
 #include "platform/win32_types.h"
 #include "platform/win32_files.h"
@@ -17,3 +19,5 @@
 #include "platform/win32_registry.h"
 #include "platform/win32_com.h"
 #endif
+
+#include "platform/win32_record_layouts.h"

@@ -20,6 +20,7 @@ extern "C" __declspec(selectany) const IID IID_IIPDVDec = {
 #include "platform/win32_dshow_filters.h"
 #include "platform/win32_dshow_graph.h"
 #endif
+#include "platform/win32_dshow_record_layouts.h"
 
 // The media subtype that stands for a FOURCC: {XXXXXXXX-0000-0010-8000-00AA00389B71}, the FOURCC's
 // four characters read as a little-endian DWORD in the first field.
