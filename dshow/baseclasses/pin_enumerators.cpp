@@ -7,14 +7,34 @@
 
 namespace {
 
-// Next's rule for the count and the fetched pointer, shared by both enumerators.
-HRESULT CheckNextArguments(ULONG count, const void* items, const ULONG* fetched)
+// The start of Next, shared by both enumerators: the count and fetched-pointer rule, nothing fetched
+// yet, and no items from an enumerator whose source changed under it.
+HRESULT BeginNext(ULONG count, const void* items, ULONG* fetched, bool outOfSync)
 {
     if (items == nullptr)
         return E_POINTER;
     if (fetched == nullptr && count > 1)
         return E_INVALIDARG;
-    return S_OK;
+    if (fetched != nullptr)
+        *fetched = 0;
+    return outOfSync ? VFW_E_ENUM_OUT_OF_SYNC : S_OK;
+}
+
+// Clone, shared by both enumerators: a new enumerator over the same source at the same position.
+template <typename Enumerator, typename Source, typename Interface>
+HRESULT CloneAt(Source* source, const Enumerator* position, bool outOfSync, REFIID iid, Interface** copy)
+{
+    if (copy == nullptr)
+        return E_POINTER;
+    *copy = nullptr;
+    if (outOfSync)
+        return VFW_E_ENUM_OUT_OF_SYNC;
+    try {
+        auto* created = new Enumerator(source, position);
+        return created->NonDelegatingQueryInterface(iid, reinterpret_cast<void**>(copy));
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
+    }
 }
 
 }  // namespace
@@ -46,13 +66,9 @@ bool CEnumPins::OutOfSync() { return m_Version != m_pFilter->GetPinVersion(); }
 
 HRESULT STDMETHODCALLTYPE CEnumPins::Next(ULONG count, IPin** pins, ULONG* fetched)
 {
-    const HRESULT bad = CheckNextArguments(count, pins, fetched);
-    if (FAILED(bad))
-        return bad;
-    if (fetched != nullptr)
-        *fetched = 0;
-    if (OutOfSync())
-        return VFW_E_ENUM_OUT_OF_SYNC;
+    const HRESULT start = BeginNext(count, pins, fetched, OutOfSync());
+    if (start != S_OK)
+        return start;
     ULONG given = 0;
     while (given < count && m_Position < m_PinCount) {
         CBasePin* pin = m_pFilter->GetPin(m_Position++);
@@ -87,17 +103,7 @@ HRESULT STDMETHODCALLTYPE CEnumPins::Reset()
 
 HRESULT STDMETHODCALLTYPE CEnumPins::Clone(IEnumPins** copy)
 {
-    if (copy == nullptr)
-        return E_POINTER;
-    *copy = nullptr;
-    if (OutOfSync())
-        return VFW_E_ENUM_OUT_OF_SYNC;
-    try {
-        auto* created = new CEnumPins(m_pFilter, this);
-        return created->NonDelegatingQueryInterface(IID_IEnumPins, reinterpret_cast<void**>(copy));
-    } catch (const std::bad_alloc&) {
-        return E_OUTOFMEMORY;
-    }
+    return CloneAt(m_pFilter, this, OutOfSync(), IID_IEnumPins, copy);
 }
 
 CEnumMediaTypes::CEnumMediaTypes(CBasePin* pin, const CEnumMediaTypes* position)
@@ -125,13 +131,9 @@ bool CEnumMediaTypes::OutOfSync() { return m_Version != m_pPin->GetMediaTypeVers
 
 HRESULT STDMETHODCALLTYPE CEnumMediaTypes::Next(ULONG count, AM_MEDIA_TYPE** types, ULONG* fetched)
 {
-    const HRESULT bad = CheckNextArguments(count, types, fetched);
-    if (FAILED(bad))
-        return bad;
-    if (fetched != nullptr)
-        *fetched = 0;
-    if (OutOfSync())
-        return VFW_E_ENUM_OUT_OF_SYNC;
+    const HRESULT start = BeginNext(count, types, fetched, OutOfSync());
+    if (start != S_OK)
+        return start;
     ULONG given = 0;
     try {
         while (given < count) {
@@ -174,15 +176,5 @@ HRESULT STDMETHODCALLTYPE CEnumMediaTypes::Reset()
 
 HRESULT STDMETHODCALLTYPE CEnumMediaTypes::Clone(IEnumMediaTypes** copy)
 {
-    if (copy == nullptr)
-        return E_POINTER;
-    *copy = nullptr;
-    if (OutOfSync())
-        return VFW_E_ENUM_OUT_OF_SYNC;
-    try {
-        auto* created = new CEnumMediaTypes(m_pPin, this);
-        return created->NonDelegatingQueryInterface(IID_IEnumMediaTypes, reinterpret_cast<void**>(copy));
-    } catch (const std::bad_alloc&) {
-        return E_OUTOFMEMORY;
-    }
+    return CloneAt(m_pPin, this, OutOfSync(), IID_IEnumMediaTypes, copy);
 }
