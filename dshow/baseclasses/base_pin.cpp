@@ -42,10 +42,9 @@ HRESULT STDMETHODCALLTYPE CBasePin::Connect(IPin* receivePin, const AM_MEDIA_TYP
         return E_POINTER;
     try {
         CAutoLock hold(m_pLock);
-        if (m_Connected)
-            return VFW_E_ALREADY_CONNECTED;
-        if (!IsStopped() && !m_bCanReconnectWhenActive)
-            return VFW_E_NOT_STOPPED;
+        const HRESULT allowed = CanConnectNow();
+        if (allowed != S_OK)
+            return allowed;
         if (type == nullptr)
             return AgreeMediaType(receivePin, nullptr);
         const CMediaType wanted(*type);
@@ -134,10 +133,9 @@ HRESULT STDMETHODCALLTYPE CBasePin::ReceiveConnection(IPin* connector, const AM_
         return E_POINTER;
     try {
         CAutoLock hold(m_pLock);
-        if (m_Connected)
-            return VFW_E_ALREADY_CONNECTED;
-        if (!IsStopped() && !m_bCanReconnectWhenActive)
-            return VFW_E_NOT_STOPPED;
+        const HRESULT allowed = CanConnectNow();
+        if (allowed != S_OK)
+            return allowed;
         HRESULT hr = CheckConnect(connector);
         if (FAILED(hr)) {
             BreakConnect();

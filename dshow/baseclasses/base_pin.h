@@ -70,6 +70,14 @@ public:
     BOOL IsConnected() const { return m_Connected ? TRUE : FALSE; }
     IPin* GetConnected() const { return m_Connected.Get(); }
     BOOL IsStopped() const { return m_pFilter->IsStopped(); }
+    // Whether a connection may be made now, from either end: VFW_E_ALREADY_CONNECTED or
+    // VFW_E_NOT_STOPPED (unless the pin reconnects while active), else S_OK. Call under the pin's lock.
+    HRESULT CanConnectNow() const
+    {
+        if (m_Connected)
+            return VFW_E_ALREADY_CONNECTED;
+        return !IsStopped() && !m_bCanReconnectWhenActive ? VFW_E_NOT_STOPPED : S_OK;
+    }
     const WCHAR* Name() const { return m_name.c_str(); }
     CMediaType& CurrentMediaType() { return m_mt; }
     REFERENCE_TIME CurrentStartTime() const { return m_tStart; }
